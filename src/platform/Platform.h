@@ -1,0 +1,42 @@
+#pragma once
+
+#include "platform/Accessibility.h"
+#include "platform/AnalyticsSink.h"
+#include "platform/Clock.h"
+#include "platform/EventTrace.h"
+#include "platform/Log.h"
+#include "platform/PreferenceStore.h"
+#include "platform/ProcessLauncher.h"
+#include "platform/RunLoop.h"
+#include "platform/WindowServer.h"
+#include "platform/Workspace.h"
+
+namespace vardel {
+
+// Everything the system reaches outside itself. One platform is installed for the process; the
+// logic reaches it through Platform::current().
+class Platform {
+public:
+    virtual ~Platform() = default;
+
+    virtual Accessibility& accessibility() = 0;
+    virtual Workspace& workspace() = 0;
+    virtual WindowServer& windowServer() = 0;
+    virtual PreferenceStore& standardUserDefaults() = 0;
+    virtual PreferenceStore& productPreferences() = 0;
+    virtual DefaultsDomains& defaultsDomains() = 0;
+    virtual Clock& clock() = 0;
+    virtual RunLoop& runLoop() = 0;
+    virtual ProcessLauncher& processLauncher() = 0;
+    virtual AnalyticsSink& analytics() = 0;
+    virtual Log& log() = 0;
+    virtual EventTrace& trace() = 0;
+
+    static Platform& current();
+    // Installs the platform (not owned); nullptr uninstalls.
+    static void install(Platform*);
+};
+
+inline Platform& platform() { return Platform::current(); }
+
+}  // namespace vardel

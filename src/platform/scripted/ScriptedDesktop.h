@@ -1,0 +1,73 @@
+#pragma once
+
+#include "platform/Platform.h"
+
+#include <nlohmann/json.hpp>
+
+#include <filesystem>
+#include <iosfwd>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vardel::scripted {
+
+// A scenario that cannot be read or is malformed. what() is the one line the program prints:
+// "FILE: $.json.path: problem".
+class ScenarioError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// The desktop described by a scenario file, run in virtual time. It implements every platform
+// service; its control surface is the scenario itself (timeline steps, answers).
+class ScriptedDesktop final : public Platform {
+public:
+    // Throws ScenarioError.
+    static std::unique_ptr<ScriptedDesktop> load(const std::filesystem::path& scenarioFile);
+    // sourceName names the scenario in error messages; relative paths in it are taken relative to
+    // baseDirectory. Throws ScenarioError.
+    static std::unique_ptr<ScriptedDesktop> fromJson(std::string_view jsonText,
+                                                     std::string sourceName = "scenario.json",
+                                                     std::filesystem::path baseDirectory = {});
+    ~ScriptedDesktop() override;
+
+    // Where trace lines go (nullptr: nowhere). Events are also kept in memory when recording.
+    void setTraceStream(std::ostream*);
+    void setRecordingEvents(bool);
+    const std::vector<nlohmann::ordered_json>& recordedEvents() const;
+
+    // Virtual seconds since the scenario's start.
+    double elapsedSeconds() const;
+    // The scenario's end, in seconds after start.
+    double endSeconds() const;
+    // Serves the run loop (timeline steps and timers) up to and including that virtual time,
+    // without stopping the run; for tests that drive the logic step by step.
+    void runUntil(double seconds);
+
+    // An element by its scenario id, for tests.
+    std::optional<AXUIElement> element(std::string_view id);
+
+    Accessibility& accessibility() override;
+    Workspace& workspace() override;
+    WindowServer& windowServer() override;
+    PreferenceStore& standardUserDefaults() override;
+    PreferenceStore& productPreferences() override;
+    DefaultsDomains& defaultsDomains() override;
+    Clock& clock() override;
+    RunLoop& runLoop() override;
+    ProcessLauncher& processLauncher() override;
+    AnalyticsSink& analytics() override;
+    Log& log() override;
+    EventTrace& trace() override;
+
+private:
+    struct State;
+    explicit ScriptedDesktop(std::unique_ptr<State>);
+    std::unique_ptr<State> state_;
+};
+
+}  // namespace vardel::scripted
