@@ -20,15 +20,15 @@ public:
 // A reference to an accessibility element of some application. Cheap to copy.
 class AXUIElement {
 public:
-    explicit AXUIElement(std::shared_ptr<const AXUIElementImpl> impl) : impl_(std::move(impl)) {}
+    explicit AXUIElement(std::shared_ptr<const AXUIElementImpl> impl)
+        : impl_(std::move(impl))
+    {
+    }
 
     const AXUIElementImpl& impl() const { return *impl_; }
     std::optional<std::string> traceName() const { return impl_->traceName(); }
 
-    bool operator==(const AXUIElement& other) const
-    {
-        return impl_ == other.impl_ || impl_->isEqual(*other.impl_);
-    }
+    bool operator==(const AXUIElement& other) const { return impl_ == other.impl_ || impl_->isEqual(*other.impl_); }
 
 private:
     std::shared_ptr<const AXUIElementImpl> impl_;
@@ -36,4 +36,4 @@ private:
 
 std::ostream& operator<<(std::ostream&, const AXUIElement&);
 
-}  // namespace vardel
+} // namespace vardel

@@ -26,15 +26,14 @@ inline constexpr AXError actionUnsupported = -25206;
 inline constexpr AXError notImplemented = -25208;
 inline constexpr AXError apiDisabled = -25211;
 inline constexpr AXError noValue = -25212;
-}  // namespace AXErrorCode
+} // namespace AXErrorCode
 
-template <typename T>
-struct AXResult {
+template<typename T> struct AXResult {
     AXError error = AXErrorCode::success;
     std::optional<T> value;
 
-    static AXResult failure(AXError error) { return {error, std::nullopt}; }
-    static AXResult success(T value) { return {AXErrorCode::success, std::move(value)}; }
+    static AXResult failure(AXError error) { return { error, std::nullopt }; }
+    static AXResult success(T value) { return { AXErrorCode::success, std::move(value) }; }
     bool ok() const { return error == AXErrorCode::success && value.has_value(); }
 };
 
@@ -65,4 +64,4 @@ public:
     virtual AXError setMessagingTimeout(const AXUIElement&, float seconds) = 0;
 };
 
-}  // namespace vardel
+} // namespace vardel

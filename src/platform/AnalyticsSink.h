@@ -11,8 +11,8 @@ namespace vardel {
 struct AnalyticsEvent {
     std::string name;
     Value::Dictionary attributes;
-    std::optional<std::string> frequency;  // "always" or "medium"
-    std::vector<std::string> flags;        // e.g. "sensitive"
+    std::optional<std::string> frequency; // "always" or "medium"
+    std::vector<std::string> flags; // e.g. "sensitive"
     std::optional<bool> critical;
 };
 
@@ -22,4 +22,4 @@ public:
     virtual void logEvent(const AnalyticsEvent&) = 0;
 };
 
-}  // namespace vardel
+} // namespace vardel

@@ -10,4 +10,4 @@ public:
     virtual Date now() = 0;
 };
 
-}  // namespace vardel
+} // namespace vardel

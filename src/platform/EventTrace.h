@@ -14,4 +14,4 @@ public:
     virtual void write(std::string_view event, nlohmann::ordered_json fields) = 0;
 };
 
-}  // namespace vardel
+} // namespace vardel

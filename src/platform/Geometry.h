@@ -24,8 +24,8 @@ struct Rect {
 
     bool contains(Point point) const
     {
-        return point.x >= origin.x && point.x < origin.x + size.width && point.y >= origin.y &&
-               point.y < origin.y + size.height;
+        return point.x >= origin.x && point.x < origin.x + size.width && point.y >= origin.y
+            && point.y < origin.y + size.height;
     }
 };
 
@@ -40,4 +40,4 @@ std::ostream& operator<<(std::ostream&, const Size&);
 std::ostream& operator<<(std::ostream&, const Rect&);
 std::ostream& operator<<(std::ostream&, const Range&);
 
-}  // namespace vardel
+} // namespace vardel

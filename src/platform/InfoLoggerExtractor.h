@@ -20,4 +20,4 @@ public:
     virtual const std::set<std::string, std::less<>>& noAccessibilityApplicationBundleIdentifiers() = 0;
 };
 
-}  // namespace vardel
+} // namespace vardel

@@ -11,4 +11,4 @@ public:
     virtual void info(std::string_view message) = 0;
 };
 
-}  // namespace vardel
+} // namespace vardel

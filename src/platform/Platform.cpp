@@ -14,6 +14,9 @@ Platform& Platform::current()
     return *installedPlatform;
 }
 
-void Platform::install(Platform* platform) { installedPlatform = platform; }
+void Platform::install(Platform* platform)
+{
+    installedPlatform = platform;
+}
 
-}  // namespace vardel
+} // namespace vardel

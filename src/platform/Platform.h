@@ -37,6 +37,9 @@ public:
     static void install(Platform*);
 };
 
-inline Platform& platform() { return Platform::current(); }
+inline Platform& platform()
+{
+    return Platform::current();
+}
 
-}  // namespace vardel
+} // namespace vardel

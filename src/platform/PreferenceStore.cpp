@@ -42,4 +42,4 @@ std::optional<std::vector<std::string>> PreferenceStore::getStringList(std::stri
     return value ? value->asTextList() : std::nullopt;
 }
 
-}  // namespace vardel
+} // namespace vardel

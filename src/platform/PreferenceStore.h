@@ -20,7 +20,7 @@ public:
     virtual std::optional<Value> object(std::string_view key) const = 0;
     // Writes the value; nothing removes the key.
     virtual void setObject(std::string_view key, std::optional<Value> value) = 0;
-    virtual void synchronize() {}
+    virtual void synchronize() { }
 
     std::optional<bool> getBool(std::string_view key) const;
     std::optional<int64_t> getInt(std::string_view key) const;
@@ -38,4 +38,4 @@ public:
     virtual PreferenceStore* open(std::string_view domain) = 0;
 };
 
-}  // namespace vardel
+} // namespace vardel

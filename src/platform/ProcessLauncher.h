@@ -13,4 +13,4 @@ public:
     virtual int runAndWait(const std::string& path, const std::vector<std::string>& arguments) = 0;
 };
 
-}  // namespace vardel
+} // namespace vardel

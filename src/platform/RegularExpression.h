@@ -1,14 +1,17 @@
 #pragma once
 
+#include <unicode/uversion.h>
+
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-namespace icu {
+// "icu" is an alias of ICU's versioned namespace, so the forward declaration goes through its macros.
+U_NAMESPACE_BEGIN
 class RegexPattern;
-}
+U_NAMESPACE_END
 
 namespace vardel {
 
@@ -39,4 +42,4 @@ private:
     std::shared_ptr<const icu::RegexPattern> compiled_;
 };
 
-}  // namespace vardel
+} // namespace vardel

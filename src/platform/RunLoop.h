@@ -26,4 +26,4 @@ public:
     virtual void stop(int status, std::string reason) = 0;
 };
 
-}  // namespace vardel
+} // namespace vardel

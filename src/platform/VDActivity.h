@@ -11,10 +11,10 @@ namespace vardel {
 
 struct VDActivityDetails {
     std::optional<std::string> windowTitle;
-    std::optional<std::string> documentPath;  // a file path or a page address
+    std::optional<std::string> documentPath; // a file path or a page address
     std::optional<std::string> documentTitle;
-    std::optional<std::vector<std::string>> contextPath;  // most general first
-    bool isPrivate = false;                               // only ever set to true
+    std::optional<std::vector<std::string>> contextPath; // most general first
+    bool isPrivate = false; // only ever set to true
 
     bool operator==(const VDActivityDetails&) const = default;
 };
@@ -22,18 +22,18 @@ struct VDActivityDetails {
 // The activity record of one sample: the frontmost application and what it shows.
 struct VDActivity {
     VDActivity(RunningApplication runningApplication, VDActivityDetails activityDetails)
-        : application(std::move(runningApplication)),
-          applicationBundleIdentifier(application.bundleIdentifier),
-          applicationProcessIdentifier(application.processIdentifier),
-          applicationExecutableURL(application.executablePath),
-          details(std::move(activityDetails))
+        : application(std::move(runningApplication))
+        , applicationBundleIdentifier(application.bundleIdentifier)
+        , applicationProcessIdentifier(application.processIdentifier)
+        , applicationExecutableURL(application.executablePath)
+        , details(std::move(activityDetails))
     {
     }
 
     RunningApplication application;
     std::optional<std::string> applicationBundleIdentifier;
     ProcessIdentifier applicationProcessIdentifier;
-    std::optional<std::string> applicationExecutableURL;  // the executable's file path
+    std::optional<std::string> applicationExecutableURL; // the executable's file path
     VDActivityDetails details;
     bool isFullscreen = false;
     bool isShowingSaveSheet = false;
@@ -41,4 +41,4 @@ struct VDActivity {
     std::optional<std::vector<AXUIElement>> accessibilityWindows;
 };
 
-}  // namespace vardel
+} // namespace vardel

@@ -116,19 +116,32 @@ bool Value::operator==(const Value& other) const
 const char* kindName(Value::Kind kind)
 {
     switch (kind) {
-    case Value::Kind::Text: return "text";
-    case Value::Kind::Integer: return "integer";
-    case Value::Kind::Real: return "number";
-    case Value::Kind::Boolean: return "boolean";
-    case Value::Kind::Date: return "date";
-    case Value::Kind::Url: return "URL";
-    case Value::Kind::List: return "list";
-    case Value::Kind::Dictionary: return "dictionary";
-    case Value::Kind::Element: return "element";
-    case Value::Kind::Point: return "point";
-    case Value::Kind::Size: return "size";
-    case Value::Kind::Rect: return "rectangle";
-    case Value::Kind::Range: return "range";
+    case Value::Kind::Text:
+        return "text";
+    case Value::Kind::Integer:
+        return "integer";
+    case Value::Kind::Real:
+        return "number";
+    case Value::Kind::Boolean:
+        return "boolean";
+    case Value::Kind::Date:
+        return "date";
+    case Value::Kind::Url:
+        return "URL";
+    case Value::Kind::List:
+        return "list";
+    case Value::Kind::Dictionary:
+        return "dictionary";
+    case Value::Kind::Element:
+        return "element";
+    case Value::Kind::Point:
+        return "point";
+    case Value::Kind::Size:
+        return "size";
+    case Value::Kind::Rect:
+        return "rectangle";
+    case Value::Kind::Range:
+        return "range";
     }
     return "unknown";
 }
@@ -163,4 +176,4 @@ std::ostream& operator<<(std::ostream& stream, const AXUIElement& element)
     return stream << "<element " << element.traceName().value_or("(unnamed)") << ">";
 }
 
-}  // namespace vardel
+} // namespace vardel

@@ -35,21 +35,66 @@ public:
 
     enum class Kind { Text, Integer, Real, Boolean, Date, Url, List, Dictionary, Element, Point, Size, Rect, Range };
 
-    Value(std::string text) : storage_(std::move(text)) {}
-    Value(const char* text) : storage_(std::string(text)) {}
-    Value(int64_t integer) : storage_(integer) {}
-    Value(int integer) : storage_(int64_t{integer}) {}
-    Value(double real) : storage_(real) {}
-    Value(bool boolean) : storage_(boolean) {}
-    Value(Date date) : storage_(date) {}
-    Value(Url url) : storage_(std::move(url)) {}
-    Value(List list) : storage_(std::make_shared<const List>(std::move(list))) {}
-    Value(Dictionary dictionary) : storage_(std::make_shared<const Dictionary>(std::move(dictionary))) {}
-    Value(AXUIElement element) : storage_(std::move(element)) {}
-    Value(Point point) : storage_(point) {}
-    Value(Size size) : storage_(size) {}
-    Value(Rect rect) : storage_(rect) {}
-    Value(Range range) : storage_(range) {}
+    Value(std::string text)
+        : storage_(std::move(text))
+    {
+    }
+    Value(const char* text)
+        : storage_(std::string(text))
+    {
+    }
+    Value(int64_t integer)
+        : storage_(integer)
+    {
+    }
+    Value(int integer)
+        : storage_(int64_t { integer })
+    {
+    }
+    Value(double real)
+        : storage_(real)
+    {
+    }
+    Value(bool boolean)
+        : storage_(boolean)
+    {
+    }
+    Value(Date date)
+        : storage_(date)
+    {
+    }
+    Value(Url url)
+        : storage_(std::move(url))
+    {
+    }
+    Value(List list)
+        : storage_(std::make_shared<const List>(std::move(list)))
+    {
+    }
+    Value(Dictionary dictionary)
+        : storage_(std::make_shared<const Dictionary>(std::move(dictionary)))
+    {
+    }
+    Value(AXUIElement element)
+        : storage_(std::move(element))
+    {
+    }
+    Value(Point point)
+        : storage_(point)
+    {
+    }
+    Value(Size size)
+        : storage_(size)
+    {
+    }
+    Value(Rect rect)
+        : storage_(rect)
+    {
+    }
+    Value(Range range)
+        : storage_(range)
+    {
+    }
 
     Kind kind() const { return static_cast<Kind>(storage_.index()); }
 
@@ -80,11 +125,11 @@ public:
 
 private:
     using Storage = std::variant<std::string, int64_t, double, bool, Date, Url, std::shared_ptr<const List>,
-                                 std::shared_ptr<const Dictionary>, AXUIElement, Point, Size, Rect, Range>;
+        std::shared_ptr<const Dictionary>, AXUIElement, Point, Size, Rect, Range>;
     Storage storage_;
 };
 
 const char* kindName(Value::Kind);
 std::ostream& operator<<(std::ostream&, const Value&);
 
-}  // namespace vardel
+} // namespace vardel

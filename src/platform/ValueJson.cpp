@@ -8,17 +8,26 @@ namespace vardel::ValueJson {
 
 using nlohmann::ordered_json;
 
-ordered_json encode(const std::optional<Value>& value) { return value ? encode(*value) : ordered_json(nullptr); }
+ordered_json encode(const std::optional<Value>& value)
+{
+    return value ? encode(*value) : ordered_json(nullptr);
+}
 
 ordered_json encode(const Value& value)
 {
     switch (value.kind()) {
-    case Value::Kind::Text: return *value.asText();
-    case Value::Kind::Integer: return *value.asInteger();
-    case Value::Kind::Real: return *value.asNumber();
-    case Value::Kind::Boolean: return *value.asBoolean();
-    case Value::Kind::Date: return {{"date", formatIso8601(*value.asDate())}};
-    case Value::Kind::Url: return {{"url", value.asUrl()->absoluteString}};
+    case Value::Kind::Text:
+        return *value.asText();
+    case Value::Kind::Integer:
+        return *value.asInteger();
+    case Value::Kind::Real:
+        return *value.asNumber();
+    case Value::Kind::Boolean:
+        return *value.asBoolean();
+    case Value::Kind::Date:
+        return { { "date", formatIso8601(*value.asDate()) } };
+    case Value::Kind::Url:
+        return { { "url", value.asUrl()->absoluteString } };
     case Value::Kind::List: {
         ordered_json array = ordered_json::array();
         for (const Value& member : *value.asList())
@@ -33,23 +42,23 @@ ordered_json encode(const Value& value)
     }
     case Value::Kind::Element: {
         auto name = value.asElement()->traceName();
-        return {{"ref", name ? ordered_json(*name) : ordered_json(nullptr)}};
+        return { { "ref", name ? ordered_json(*name) : ordered_json(nullptr) } };
     }
     case Value::Kind::Point: {
         auto point = *value.asPoint();
-        return {{"point", {point.x, point.y}}};
+        return { { "point", { point.x, point.y } } };
     }
     case Value::Kind::Size: {
         auto size = *value.asSize();
-        return {{"size", {size.width, size.height}}};
+        return { { "size", { size.width, size.height } } };
     }
     case Value::Kind::Rect: {
         auto rect = *value.asRect();
-        return {{"rect", {rect.origin.x, rect.origin.y, rect.size.width, rect.size.height}}};
+        return { { "rect", { rect.origin.x, rect.origin.y, rect.size.width, rect.size.height } } };
     }
     case Value::Kind::Range: {
         auto range = *value.asRange();
-        return {{"range", {range.location, range.length}}};
+        return { { "range", { range.location, range.length } } };
     }
     }
     return nullptr;
@@ -60,7 +69,7 @@ std::string formatIso8601(Date date)
     double whole = std::floor(date.secondsSince1970);
     double fraction = date.secondsSince1970 - whole;
     std::time_t seconds = static_cast<std::time_t>(whole);
-    std::tm parts{};
+    std::tm parts {};
     gmtime_r(&seconds, &parts);
     char buffer[64];
     std::strftime(buffer, sizeof buffer, "%Y-%m-%dT%H:%M:%S", &parts);
@@ -80,15 +89,15 @@ std::optional<Date> parseIso8601(const std::string& text)
     int year = 0, month = 0, day = 0, hour = 0, minute = 0;
     double second = 0;
     int consumed = 0;
-    if (std::sscanf(text.c_str(), "%4d-%2d-%2dT%2d:%2d:%lf%n", &year, &month, &day, &hour, &minute, &second,
-                    &consumed) != 6)
+    if (std::sscanf(text.c_str(), "%4d-%2d-%2dT%2d:%2d:%lf%n", &year, &month, &day, &hour, &minute, &second, &consumed)
+        != 6)
         return std::nullopt;
     std::string zone = text.substr(static_cast<size_t>(consumed));
     if (zone != "Z" && zone != "+00:00")
         return std::nullopt;
     if (month < 1 || month > 12 || day < 1 || day > 31 || hour > 23 || minute > 59 || second < 0 || second >= 61)
         return std::nullopt;
-    std::tm parts{};
+    std::tm parts {};
     parts.tm_year = year - 1900;
     parts.tm_mon = month - 1;
     parts.tm_mday = day;
@@ -97,7 +106,7 @@ std::optional<Date> parseIso8601(const std::string& text)
     double whole = std::floor(second);
     parts.tm_sec = static_cast<int>(whole);
     std::time_t seconds = timegm(&parts);
-    return Date{static_cast<double>(seconds) + (second - whole)};
+    return Date { static_cast<double>(seconds) + (second - whole) };
 }
 
-}  // namespace vardel::ValueJson
+} // namespace vardel::ValueJson

@@ -19,4 +19,4 @@ nlohmann::ordered_json encode(const std::optional<Value>&);
 std::string formatIso8601(Date);
 std::optional<Date> parseIso8601(const std::string&);
 
-}  // namespace vardel::ValueJson
+} // namespace vardel::ValueJson

@@ -14,7 +14,7 @@ inline constexpr const char* name = "kCGWindowName";
 inline constexpr const char* layer = "kCGWindowLayer";
 inline constexpr const char* sharingState = "kCGWindowSharingState";
 inline constexpr const char* bounds = "kCGWindowBounds";
-}  // namespace WindowInfoKey
+} // namespace WindowInfoKey
 
 // Screens, the on-screen window list and the screen-capture permission.
 class WindowServer {
@@ -33,4 +33,4 @@ public:
     virtual bool requestScreenCaptureAccess() = 0;
 };
 
-}  // namespace vardel
+} // namespace vardel

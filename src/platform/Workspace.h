@@ -26,4 +26,4 @@ public:
     virtual std::vector<RunningApplication> runningApplications() = 0;
 };
 
-}  // namespace vardel
+} // namespace vardel

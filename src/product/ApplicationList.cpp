@@ -58,4 +58,4 @@ const std::vector<std::string>& webBrowsing()
     return identifiers;
 }
 
-}  // namespace vardel::ApplicationList
+} // namespace vardel::ApplicationList

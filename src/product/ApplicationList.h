@@ -11,4 +11,4 @@ const std::vector<std::string>& chromeBasedBrowserBundleIDs();
 // Bundle identifiers of every well-known web browser, Chromium-based ones included.
 const std::vector<std::string>& webBrowsing();
 
-}  // namespace vardel::ApplicationList
+} // namespace vardel::ApplicationList

@@ -30,10 +30,9 @@ bool contains(std::string_view text, std::string_view part);
 std::string removingCodePoint(std::string_view text, char32_t codePoint);
 
 // The element at the index, or nothing when the index is out of bounds.
-template<typename T>
-const T* elementAt(const std::vector<T>& list, size_t index)
+template<typename T> const T* elementAt(const std::vector<T>& list, size_t index)
 {
     return index < list.size() ? &list[index] : nullptr;
 }
 
-}  // namespace vardel::TextHelpers
+} // namespace vardel::TextHelpers

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Platform.h"
+#include "platform/scripted/ScenarioError.h"
 
 #include <nlohmann/json.hpp>
 
@@ -8,19 +9,11 @@
 #include <iosfwd>
 #include <memory>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace vardel::scripted {
-
-// A scenario that cannot be read or is malformed. what() is the one line the program prints:
-// "FILE: $.json.path: problem".
-class ScenarioError : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
 
 // The desktop described by a scenario file, run in virtual time. It implements every platform
 // service; its control surface is the scenario itself (timeline steps, answers).
@@ -30,9 +23,8 @@ public:
     static std::unique_ptr<ScriptedDesktop> load(const std::filesystem::path& scenarioFile);
     // sourceName names the scenario in error messages; relative paths in it are taken relative to
     // baseDirectory. Throws ScenarioError.
-    static std::unique_ptr<ScriptedDesktop> fromJson(std::string_view jsonText,
-                                                     std::string sourceName = "scenario.json",
-                                                     std::filesystem::path baseDirectory = {});
+    static std::unique_ptr<ScriptedDesktop> fromJson(
+        std::string_view jsonText, std::string sourceName = "scenario.json", std::filesystem::path baseDirectory = {});
     ~ScriptedDesktop() override;
 
     // Where trace lines go (nullptr: nowhere). Events are also kept in memory when recording.
@@ -47,6 +39,9 @@ public:
     // Serves the run loop (timeline steps and timers) up to and including that virtual time,
     // without stopping the run; for tests that drive the logic step by step.
     void runUntil(double seconds);
+    // Why the run loop stopped: "end" when the run reached the scenario's end, else the reason given
+    // to stop(); empty while it runs.
+    std::string stopReason() const;
 
     // An element by its scenario id, for tests.
     std::optional<AXUIElement> element(std::string_view id);
@@ -70,4 +65,4 @@ private:
     std::unique_ptr<State> state_;
 };
 
-}  // namespace vardel::scripted
+} // namespace vardel::scripted

@@ -1,0 +1,78 @@
+// vardel-tracker: the tracker process. With VARDEL_DESKTOP it runs on the scripted desktop that the
+// scenario file describes, in virtual time.
+
+#include "platform/Platform.h"
+#include "platform/scripted/ScriptedDesktop.h"
+#include "product/InfoLogger.h"
+#include "shell/VDHelperAppDelegate.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr int usageErrorStatus = 2;
+
+const char* environment(const char* name)
+{
+    const char* value = std::getenv(name);
+    return value && *value ? value : nullptr;
+}
+
+// The trace destination: standard output for "-", else the named file.
+std::ostream* openTrace(const char* destination, std::ofstream& file)
+{
+    if (std::string(destination) == "-")
+        return &std::cout;
+    file.open(destination, std::ios::out | std::ios::trunc);
+    return file ? &file : nullptr;
+}
+
+int runTracker(vardel::Platform& platform, const std::vector<std::string>& arguments)
+{
+    vardel::InfoLogger infoLogger;
+    vardel::VDHelperAppDelegate delegate(infoLogger);
+    delegate.awakeFromNib(arguments);
+    return platform.runLoop().run();
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    std::vector<std::string> arguments(argv, argv + argc);
+    const char* scenario = environment("VARDEL_DESKTOP");
+    if (!scenario) {
+        std::cerr << "vardel-tracker: this build has no real desktop backend yet; set VARDEL_DESKTOP to a scenario "
+                     "file to run on the scripted desktop\n";
+        return usageErrorStatus;
+    }
+
+    std::unique_ptr<vardel::scripted::ScriptedDesktop> desktop;
+    try {
+        desktop = vardel::scripted::ScriptedDesktop::load(scenario);
+    } catch (const vardel::scripted::ScenarioError& error) {
+        std::cerr << error.what() << '\n';
+        return usageErrorStatus;
+    }
+
+    std::ofstream traceFile;
+    if (const char* traceDestination = environment("VARDEL_TRACE")) {
+        std::ostream* trace = openTrace(traceDestination, traceFile);
+        if (!trace) {
+            std::cerr << "vardel-tracker: cannot write the trace to " << traceDestination << '\n';
+            return usageErrorStatus;
+        }
+        desktop->setTraceStream(trace);
+    }
+
+    vardel::Platform::install(desktop.get());
+    int status = runTracker(*desktop, arguments);
+    desktop->trace().write("exit", { { "status", status }, { "reason", desktop->stopReason() } });
+    vardel::Platform::install(nullptr);
+    return status;
+}

@@ -1,0 +1,151 @@
+#include "platform/RegularExpression.h"
+
+#include <unicode/regex.h>
+#include <unicode/unistr.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+
+namespace vardel {
+
+namespace {
+
+// Bounds the backtracking of one match, in the engine's steps (roughly milliseconds), so that a
+// pattern from preferences meeting hostile text fails to match instead of hanging a sample.
+constexpr int32_t matchStepLimit = 1000;
+
+icu::UnicodeString toUnicode(std::string_view text)
+{
+    // ICU lengths are 32-bit; text beyond that is cut rather than misread as NUL-terminated.
+    auto length = static_cast<int32_t>(std::min<size_t>(text.size(), INT32_MAX));
+    return icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), length));
+}
+
+std::string toUtf8(const icu::UnicodeString& text)
+{
+    std::string result;
+    text.toUTF8String(result);
+    return result;
+}
+
+uint32_t icuFlags(unsigned options)
+{
+    uint32_t flags = 0;
+    if (options & RegularExpression::caseInsensitive)
+        flags |= UREGEX_CASE_INSENSITIVE;
+    if (options & RegularExpression::dotMatchesLineSeparators)
+        flags |= UREGEX_DOTALL;
+    return flags;
+}
+
+std::shared_ptr<const icu::RegexPattern> compilePattern(std::string_view pattern, unsigned options, UErrorCode& status)
+{
+    UParseError parseError;
+    std::shared_ptr<const icu::RegexPattern> compiled(
+        icu::RegexPattern::compile(toUnicode(pattern), icuFlags(options), parseError, status));
+    if (U_FAILURE(status))
+        return nullptr;
+    return compiled;
+}
+
+// A matcher over the text, or nullptr when ICU cannot make one (out of memory).
+std::unique_ptr<icu::RegexMatcher> makeMatcher(const icu::RegexPattern& pattern, const icu::UnicodeString& text)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    std::unique_ptr<icu::RegexMatcher> matcher(pattern.matcher(text, status));
+    if (U_FAILURE(status))
+        return nullptr;
+    matcher->setTimeLimit(matchStepLimit, status);
+    return matcher;
+}
+
+} // namespace
+
+RegularExpression::RegularExpression(std::string pattern, std::shared_ptr<const icu::RegexPattern> compiled)
+    : pattern_(std::move(pattern))
+    , compiled_(std::move(compiled))
+{
+}
+
+RegularExpression RegularExpression::literal(std::string_view pattern, unsigned options)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    auto compiled = compilePattern(pattern, options, status);
+    if (!compiled) {
+        std::fprintf(stderr, "Regular expression literal does not compile (%s): %.*s\n", u_errorName(status),
+            static_cast<int>(pattern.size()), pattern.data());
+        std::abort();
+    }
+    return RegularExpression(std::string(pattern), std::move(compiled));
+}
+
+std::optional<RegularExpression> RegularExpression::compile(std::string_view pattern, unsigned options)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    auto compiled = compilePattern(pattern, options, status);
+    if (!compiled)
+        return std::nullopt;
+    return RegularExpression(std::string(pattern), std::move(compiled));
+}
+
+std::string RegularExpression::replacingMatches(std::string_view text, std::string_view replacementTemplate) const
+{
+    auto unicodeText = toUnicode(text);
+    auto matcher = makeMatcher(*compiled_, unicodeText);
+    if (!matcher)
+        return std::string(text);
+    UErrorCode status = U_ZERO_ERROR;
+    auto replaced = matcher->replaceAll(toUnicode(replacementTemplate), status);
+    // A template naming a missing group, or a match that ran out of steps, leaves the text as it was.
+    if (U_FAILURE(status))
+        return std::string(text);
+    return toUtf8(replaced);
+}
+
+bool RegularExpression::matchesAnywhere(std::string_view text) const
+{
+    auto unicodeText = toUnicode(text);
+    auto matcher = makeMatcher(*compiled_, unicodeText);
+    if (!matcher)
+        return false;
+    UErrorCode status = U_ZERO_ERROR;
+    bool found = matcher->find(0, status);
+    return U_SUCCESS(status) && found;
+}
+
+bool RegularExpression::matchesWhole(std::string_view text) const
+{
+    auto unicodeText = toUnicode(text);
+    auto matcher = makeMatcher(*compiled_, unicodeText);
+    if (!matcher)
+        return false;
+    UErrorCode status = U_ZERO_ERROR;
+    bool matched = matcher->matches(status);
+    return U_SUCCESS(status) && matched;
+}
+
+std::optional<std::vector<std::optional<std::string>>> RegularExpression::firstMatch(std::string_view text) const
+{
+    auto unicodeText = toUnicode(text);
+    auto matcher = makeMatcher(*compiled_, unicodeText);
+    if (!matcher)
+        return std::nullopt;
+    UErrorCode status = U_ZERO_ERROR;
+    if (!matcher->find(0, status) || U_FAILURE(status))
+        return std::nullopt;
+    std::vector<std::optional<std::string>> groups;
+    for (int32_t group = 0; group <= matcher->groupCount(); ++group) {
+        if (matcher->start(group, status) < 0) {
+            groups.push_back(std::nullopt);
+            continue;
+        }
+        groups.push_back(toUtf8(matcher->group(group, status)));
+    }
+    if (U_FAILURE(status))
+        return std::nullopt;
+    return groups;
+}
+
+} // namespace vardel

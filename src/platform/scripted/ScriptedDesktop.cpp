@@ -1,0 +1,196 @@
+#include "platform/scripted/ScriptedDesktop.h"
+
+#include "platform/scripted/DesktopWorld.h"
+#include "platform/scripted/ScenarioReader.h"
+#include "platform/scripted/ScriptedAccessibility.h"
+#include "platform/scripted/ScriptedProcessLauncher.h"
+#include "platform/scripted/ScriptedWindowServer.h"
+#include "platform/scripted/ScriptedWorkspace.h"
+#include "platform/scripted/Timeline.h"
+#include "platform/scripted/TraceWriter.h"
+#include "platform/scripted/TracingAnalyticsSink.h"
+#include "platform/scripted/TracingLog.h"
+#include "platform/scripted/VirtualClock.h"
+#include "platform/scripted/VirtualRunLoop.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+
+namespace vardel::scripted {
+
+namespace {
+
+// Where a syntax error is, as "line L, column C".
+std::string textPosition(std::string_view text, size_t byte)
+{
+    size_t offset = std::min(byte > 0 ? byte - 1 : 0, text.size());
+    std::string_view before = text.substr(0, offset);
+    size_t line = 1 + static_cast<size_t>(std::count(before.begin(), before.end(), '\n'));
+    size_t lastBreak = before.rfind('\n');
+    size_t column = lastBreak == std::string_view::npos ? offset + 1 : offset - lastBreak;
+    return "line " + std::to_string(line) + ", column " + std::to_string(column);
+}
+
+} // namespace
+
+struct ScriptedDesktop::State {
+    explicit State(Scenario scenario)
+        : clock(scenario.start)
+        , trace(clock)
+        , world(scenario, trace)
+        , timeline(std::move(scenario.timeline), scenario.endSeconds, clock, world)
+        , runLoop(clock, timeline, scenario.endSeconds)
+        , accessibility(world, timeline, clock, trace)
+        , workspace(world)
+        , windowServer(world, trace)
+        , processLauncher(world.defaultsDomains, trace)
+        , analytics(trace)
+        , log(trace, std::cerr)
+        , endSeconds(scenario.endSeconds)
+    {
+        // Steps at the start are in effect before the program does anything.
+        timeline.advanceTo(0);
+    }
+
+    VirtualClock clock;
+    TraceWriter trace;
+    DesktopWorld world;
+    Timeline timeline;
+    VirtualRunLoop runLoop;
+    ScriptedAccessibility accessibility;
+    ScriptedWorkspace workspace;
+    ScriptedWindowServer windowServer;
+    ScriptedProcessLauncher processLauncher;
+    TracingAnalyticsSink analytics;
+    TracingLog log;
+    double endSeconds;
+};
+
+std::unique_ptr<ScriptedDesktop> ScriptedDesktop::load(const std::filesystem::path& scenarioFile)
+{
+    std::error_code error;
+    if (std::filesystem::is_directory(scenarioFile, error))
+        throw ScenarioError(scenarioFile.string() + ": cannot be read: it is a folder");
+    std::ifstream file(scenarioFile, std::ios::binary);
+    if (!file)
+        throw ScenarioError(scenarioFile.string() + ": cannot be read: " + std::strerror(errno));
+    std::ostringstream text;
+    text << file.rdbuf();
+    auto absolute = std::filesystem::absolute(scenarioFile, error);
+    return fromJson(text.str(), scenarioFile.string(), (error ? scenarioFile : absolute).parent_path());
+}
+
+std::unique_ptr<ScriptedDesktop> ScriptedDesktop::fromJson(
+    std::string_view jsonText, std::string sourceName, std::filesystem::path baseDirectory)
+{
+    nlohmann::ordered_json json;
+    try {
+        json = nlohmann::ordered_json::parse(jsonText.begin(), jsonText.end());
+    } catch (const nlohmann::ordered_json::parse_error& error) {
+        throw ScenarioError(sourceName + ": $: not valid JSON at " + textPosition(jsonText, error.byte));
+    }
+    Scenario scenario = ScenarioReader(std::move(sourceName), std::move(baseDirectory)).read(json);
+    return std::unique_ptr<ScriptedDesktop>(new ScriptedDesktop(std::make_unique<State>(std::move(scenario))));
+}
+
+ScriptedDesktop::ScriptedDesktop(std::unique_ptr<State> state)
+    : state_(std::move(state))
+{
+}
+
+ScriptedDesktop::~ScriptedDesktop() = default;
+
+void ScriptedDesktop::setTraceStream(std::ostream* stream)
+{
+    state_->trace.setStream(stream);
+}
+
+void ScriptedDesktop::setRecordingEvents(bool recording)
+{
+    state_->trace.setRecording(recording);
+}
+
+const std::vector<nlohmann::ordered_json>& ScriptedDesktop::recordedEvents() const
+{
+    return state_->trace.recorded();
+}
+
+double ScriptedDesktop::elapsedSeconds() const
+{
+    return state_->clock.elapsedSeconds();
+}
+
+double ScriptedDesktop::endSeconds() const
+{
+    return state_->endSeconds;
+}
+
+void ScriptedDesktop::runUntil(double seconds)
+{
+    state_->runLoop.runUntil(seconds);
+}
+
+std::string ScriptedDesktop::stopReason() const
+{
+    return state_->runLoop.stopReason();
+}
+
+std::optional<AXUIElement> ScriptedDesktop::element(std::string_view id)
+{
+    return state_->world.element(id);
+}
+
+Accessibility& ScriptedDesktop::accessibility()
+{
+    return state_->accessibility;
+}
+Workspace& ScriptedDesktop::workspace()
+{
+    return state_->workspace;
+}
+WindowServer& ScriptedDesktop::windowServer()
+{
+    return state_->windowServer;
+}
+PreferenceStore& ScriptedDesktop::standardUserDefaults()
+{
+    return state_->world.standardUserDefaults;
+}
+PreferenceStore& ScriptedDesktop::productPreferences()
+{
+    return state_->world.productPreferences;
+}
+DefaultsDomains& ScriptedDesktop::defaultsDomains()
+{
+    return state_->world.defaultsDomains;
+}
+Clock& ScriptedDesktop::clock()
+{
+    return state_->clock;
+}
+RunLoop& ScriptedDesktop::runLoop()
+{
+    return state_->runLoop;
+}
+ProcessLauncher& ScriptedDesktop::processLauncher()
+{
+    return state_->processLauncher;
+}
+AnalyticsSink& ScriptedDesktop::analytics()
+{
+    return state_->analytics;
+}
+Log& ScriptedDesktop::log()
+{
+    return state_->log;
+}
+EventTrace& ScriptedDesktop::trace()
+{
+    return state_->trace;
+}
+
+} // namespace vardel::scripted

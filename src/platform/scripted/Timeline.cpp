@@ -1,0 +1,62 @@
+#include "platform/scripted/Timeline.h"
+
+namespace vardel::scripted {
+
+namespace {
+
+void applyChanges(const KeyChanges& changes, ScriptedPreferenceStore& store)
+{
+    for (const auto& [key, value] : changes)
+        store.applyScenarioChange(key, value);
+}
+
+} // namespace
+
+Timeline::Timeline(std::vector<TimelineStep> steps, double endSeconds, VirtualClock& clock, DesktopWorld& world)
+    : steps_(std::move(steps))
+    , endSeconds_(endSeconds)
+    , clock_(clock)
+    , world_(world)
+{
+}
+
+void Timeline::advanceTo(double elapsedSeconds)
+{
+    while (next_ < steps_.size() && steps_[next_].at <= elapsedSeconds && steps_[next_].at < endSeconds_) {
+        clock_.moveTo(steps_[next_].at);
+        apply(steps_[next_++]);
+    }
+    clock_.moveTo(elapsedSeconds);
+}
+
+// Applications first, so that the attribute changes of a step may name what it launched.
+void Timeline::apply(const TimelineStep& step)
+{
+    for (ProcessIdentifier pid : step.terminate)
+        world_.terminate(pid);
+    world_.launch(step.launch);
+    if (step.replaceUI)
+        world_.replaceInterface(*step.replaceUI);
+    for (const auto& change : step.set)
+        world_.setAttribute(change);
+    if (step.frontmost)
+        world_.frontmost = *step.frontmost;
+    if (step.windowList)
+        world_.windowList = *step.windowList;
+    if (step.screens)
+        world_.screens = *step.screens;
+    if (step.powerAssertions)
+        world_.powerAssertions = *step.powerAssertions;
+    for (const auto& [path, value] : step.plists) {
+        if (value)
+            world_.propertyLists.insert_or_assign(path, *value);
+        else
+            world_.propertyLists.erase(path);
+    }
+    applyChanges(step.defaults, world_.standardUserDefaults);
+    applyChanges(step.preferences, world_.productPreferences);
+    if (step.runningTask)
+        world_.runningTask = *step.runningTask;
+}
+
+} // namespace vardel::scripted

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/scripted/DesktopWorld.h"
+#include "platform/scripted/Scenario.h"
+#include "platform/scripted/VirtualClock.h"
+
+#include <cstddef>
+#include <vector>
+
+namespace vardel::scripted {
+
+// Moves virtual time forward and changes the world as the scenario's timeline says on the way. A
+// step is in effect from its time on, whether the run loop or a blocking wait passes it; steps at or
+// after the end never happen.
+class Timeline {
+public:
+    Timeline(std::vector<TimelineStep> steps, double endSeconds, VirtualClock&, DesktopWorld&);
+
+    void advanceTo(double elapsedSeconds);
+
+private:
+    void apply(const TimelineStep&);
+
+    std::vector<TimelineStep> steps_;
+    size_t next_ = 0;
+    double endSeconds_;
+    VirtualClock& clock_;
+    DesktopWorld& world_;
+};
+
+} // namespace vardel::scripted

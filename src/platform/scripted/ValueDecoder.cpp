@@ -1,0 +1,181 @@
+#include "platform/scripted/ValueDecoder.h"
+
+#include "platform/ValueJson.h"
+#include "platform/scripted/UnresolvedReference.h"
+
+#include <array>
+#include <limits>
+#include <memory>
+
+namespace vardel::scripted {
+
+namespace {
+
+template<size_t count> std::array<double, count> numbers(const JsonCursor& cursor, const char* expected)
+{
+    if (!cursor.isArray() || cursor.json().size() != count)
+        cursor.fail(expected);
+    std::array<double, count> values {};
+    for (size_t index = 0; index < count; ++index)
+        values[index] = JsonCursor(cursor.json()[index], cursor.path().index(index)).number();
+    return values;
+}
+
+Value range(const JsonCursor& cursor)
+{
+    if (!cursor.isArray() || cursor.json().size() != 2)
+        cursor.fail("expected [location, length]");
+    auto location = JsonCursor(cursor.json()[0], cursor.path().index(0)).integer();
+    auto length = JsonCursor(cursor.json()[1], cursor.path().index(1)).integer();
+    return Range { location, length };
+}
+
+Value date(const JsonCursor& cursor)
+{
+    auto parsed = ValueJson::parseIso8601(cursor.text());
+    if (!parsed)
+        cursor.fail("expected an ISO 8601 UTC date such as 2026-01-05T09:00:00Z");
+    return *parsed;
+}
+
+} // namespace
+
+Value ValueDecoder::plain(const JsonCursor& cursor)
+{
+    requireBoundedNesting(cursor);
+    return ValueDecoder(nullptr).decode(cursor);
+}
+
+Value ValueDecoder::number(const JsonCursor& cursor)
+{
+    if (cursor.json().is_number_integer())
+        return cursor.integer();
+    return cursor.number();
+}
+
+Value::Dictionary ValueDecoder::plainDictionary(const JsonCursor& cursor)
+{
+    // Member by member, so that a value nested too deeply is reported where it is.
+    Value::Dictionary dictionary;
+    cursor.forEachMember([&](const std::string& key, const JsonCursor& member) {
+        if (!member.isNull())
+            dictionary.insert_or_assign(key, plain(member));
+    });
+    return dictionary;
+}
+
+AttributeValue ValueDecoder::attribute(const JsonCursor& cursor, std::vector<ElementReferenceUse>& references)
+{
+    if (cursor.isObject() && cursor.json().size() == 1) {
+        if (auto code = cursor.member("error")) {
+            auto value = code->integerBetween(std::numeric_limits<AXError>::min(), -1);
+            return AttributeError { static_cast<AXError>(value) };
+        }
+    }
+    requireBoundedNesting(cursor);
+    return ValueDecoder(&references).decode(cursor);
+}
+
+void ValueDecoder::requireBoundedNesting(const JsonCursor& cursor)
+{
+    std::vector<std::pair<const JsonCursor::Json*, size_t>> pending { { &cursor.json(), 1 } };
+    while (!pending.empty()) {
+        auto [value, depth] = pending.back();
+        pending.pop_back();
+        if (!value->is_structured())
+            continue;
+        if (depth > maximumNesting)
+            cursor.fail("value nested deeper than " + std::to_string(maximumNesting) + " levels");
+        for (const auto& member : *value)
+            pending.emplace_back(&member, depth + 1);
+    }
+}
+
+Value ValueDecoder::decode(const JsonCursor& cursor) const
+{
+    const auto& json = cursor.json();
+    switch (json.type()) {
+    case JsonCursor::Json::value_t::string:
+        return cursor.text();
+    case JsonCursor::Json::value_t::boolean:
+        return cursor.boolean();
+    case JsonCursor::Json::value_t::number_integer:
+    case JsonCursor::Json::value_t::number_unsigned:
+    case JsonCursor::Json::value_t::number_float:
+        return number(cursor);
+    case JsonCursor::Json::value_t::array:
+        return decodeList(cursor);
+    case JsonCursor::Json::value_t::object:
+        if (auto typed = decodeTyped(cursor))
+            return *typed;
+        return decodeDictionary(cursor);
+    default:
+        cursor.fail("expected a value");
+    }
+}
+
+Value ValueDecoder::decodeList(const JsonCursor& cursor) const
+{
+    Value::List list;
+    list.reserve(cursor.json().size());
+    cursor.forEachItem([&](const JsonCursor& item) {
+        if (item.isNull())
+            item.fail("null is not allowed in an array");
+        list.push_back(decode(item));
+    });
+    return list;
+}
+
+Value::Dictionary ValueDecoder::decodeDictionary(const JsonCursor& cursor) const
+{
+    Value::Dictionary dictionary;
+    cursor.forEachMember([&](const std::string& key, const JsonCursor& member) {
+        if (!member.isNull())
+            dictionary.insert_or_assign(key, decode(member));
+    });
+    return dictionary;
+}
+
+std::optional<Value> ValueDecoder::decodeTyped(const JsonCursor& object) const
+{
+    if (object.json().size() != 1)
+        return std::nullopt;
+    const std::string& key = object.json().begin().key();
+    JsonCursor value(object.json().begin().value(), object.path().member(key));
+    if (key == "point") {
+        auto [x, y] = numbers<2>(value, "expected [x, y]");
+        return Point { x, y };
+    }
+    if (key == "size") {
+        auto [width, height] = numbers<2>(value, "expected [width, height]");
+        return Size { width, height };
+    }
+    if (key == "rect") {
+        auto [x, y, width, height] = numbers<4>(value, "expected [x, y, width, height]");
+        return Rect { { x, y }, { width, height } };
+    }
+    if (key == "range")
+        return range(value);
+    if (key == "url")
+        return Url { value.text() };
+    if (key == "date")
+        return date(value);
+    if (key == "ref")
+        return reference(object);
+    if (key == "error")
+        value.fail(
+            references_ ? "an error code must be the whole attribute value" : "error codes are only for attributes");
+    return std::nullopt;
+}
+
+Value ValueDecoder::reference(const JsonCursor& object) const
+{
+    JsonCursor id(object.json().begin().value(), object.path().member("ref"));
+    if (!references_)
+        id.fail("element references are only for attributes");
+    std::string name = id.text();
+    references_->push_back({ name, object.path() });
+    return AXUIElement(std::make_shared<const UnresolvedReference>(std::move(name)));
+}
+
+} // namespace vardel::scripted

@@ -1,0 +1,75 @@
+#include "platform/scripted/VirtualRunLoop.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace vardel::scripted {
+
+VirtualRunLoop::VirtualRunLoop(VirtualClock& clock, Timeline& timeline, double endSeconds)
+    : clock_(clock)
+    , timeline_(timeline)
+    , endSeconds_(endSeconds)
+{
+}
+
+RunLoop::TimerId VirtualRunLoop::schedule(double delaySeconds, std::function<void()> callback)
+{
+    // A negative or not-a-number delay means as soon as the loop is free.
+    double delay = delaySeconds > 0 ? delaySeconds : 0;
+    timers_.emplace(std::pair(clock_.elapsedSeconds() + delay, ++lastTimer_), std::move(callback));
+    return lastTimer_;
+}
+
+void VirtualRunLoop::cancel(TimerId timer)
+{
+    std::erase_if(timers_, [timer](const auto& entry) { return entry.first.second == timer; });
+}
+
+void VirtualRunLoop::sleep(double seconds)
+{
+    if (std::isfinite(seconds) && seconds > 0)
+        timeline_.advanceTo(clock_.elapsedSeconds() + seconds);
+}
+
+int VirtualRunLoop::run()
+{
+    while (!stopped_) {
+        bool ended
+            = clock_.elapsedSeconds() >= endSeconds_ || timers_.empty() || timers_.begin()->first.first >= endSeconds_;
+        if (ended) {
+            timeline_.advanceTo(endSeconds_);
+            stop(0, "end");
+            break;
+        }
+        serveFirst();
+    }
+    return status_;
+}
+
+void VirtualRunLoop::stop(int status, std::string reason)
+{
+    if (stopped_)
+        return;
+    stopped_ = true;
+    status_ = status;
+    stopReason_ = std::move(reason);
+}
+
+void VirtualRunLoop::runUntil(double elapsedSeconds)
+{
+    while (!stopped_ && !timers_.empty() && timers_.begin()->first.first <= elapsedSeconds)
+        serveFirst();
+    timeline_.advanceTo(elapsedSeconds);
+}
+
+void VirtualRunLoop::serveFirst()
+{
+    auto first = timers_.begin();
+    double due = first->first.first;
+    auto callback = std::move(first->second);
+    timers_.erase(first);
+    timeline_.advanceTo(due);
+    callback();
+}
+
+} // namespace vardel::scripted

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "platform/RunLoop.h"
+#include "platform/scripted/Timeline.h"
+#include "platform/scripted/VirtualClock.h"
+
+#include <functional>
+#include <map>
+#include <string>
+#include <utility>
+
+namespace vardel::scripted {
+
+// The run loop in virtual time: timers are served in order of due time (equal times in the order
+// they were scheduled), and the clock jumps to each one. A blocking sleep moves the clock without
+// serving timers. The run ends at the scenario's end; nothing due at or after it is served.
+class VirtualRunLoop final : public RunLoop {
+public:
+    VirtualRunLoop(VirtualClock&, Timeline&, double endSeconds);
+
+    TimerId schedule(double delaySeconds, std::function<void()> callback) override;
+    void cancel(TimerId) override;
+    void sleep(double seconds) override;
+    int run() override;
+    void stop(int status, std::string reason) override;
+
+    // Serves the timers due up to and including that time, then moves the clock there; the run
+    // goes on.
+    void runUntil(double elapsedSeconds);
+    // "end" when the run reached the scenario's end, else the reason given to stop(); empty while
+    // running.
+    const std::string& stopReason() const { return stopReason_; }
+
+private:
+    void serveFirst();
+
+    VirtualClock& clock_;
+    Timeline& timeline_;
+    double endSeconds_;
+    TimerId lastTimer_ = 0;
+    // Keyed by due time and id, so that equal due times keep the order of scheduling.
+    std::map<std::pair<double, TimerId>, std::function<void()>> timers_;
+    bool stopped_ = false;
+    int status_ = 0;
+    std::string stopReason_;
+};
+
+} // namespace vardel::scripted

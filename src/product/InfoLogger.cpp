@@ -1,0 +1,93 @@
+#include "product/InfoLogger.h"
+
+#include "platform/Platform.h"
+
+namespace vardel {
+
+namespace {
+
+using nlohmann::ordered_json;
+
+double now()
+{
+    return platform().clock().now().secondsSince1970;
+}
+
+ordered_json optionalText(const std::optional<std::string>& text)
+{
+    return text ? ordered_json(*text) : ordered_json(nullptr);
+}
+
+ordered_json encodeDetails(const VDActivityDetails& details)
+{
+    return {
+        { "windowTitle", optionalText(details.windowTitle) },
+        { "documentPath", optionalText(details.documentPath) },
+        { "documentTitle", optionalText(details.documentTitle) },
+        { "contextPath", details.contextPath ? ordered_json(*details.contextPath) : ordered_json(nullptr) },
+        { "isPrivate", details.isPrivate },
+    };
+}
+
+ordered_json encodeWindows(const std::optional<std::vector<AXUIElement>>& windows)
+{
+    if (!windows)
+        return nullptr;
+    ordered_json names = ordered_json::array();
+    for (const AXUIElement& window : *windows)
+        names.push_back(optionalText(window.traceName()));
+    return names;
+}
+
+} // namespace
+
+ordered_json InfoLogger::encode(const VDActivity& activity)
+{
+    return {
+        { "bundleIdentifier", optionalText(activity.applicationBundleIdentifier) },
+        { "pid", activity.applicationProcessIdentifier },
+        { "localizedName", optionalText(activity.application.localizedName) },
+        { "executablePath", optionalText(activity.applicationExecutableURL) },
+        { "isFullscreen", activity.isFullscreen },
+        { "saveSheet", activity.isShowingSaveSheet },
+        { "accessibilityWindows", encodeWindows(activity.accessibilityWindows) },
+        { "details", encodeDetails(activity.details) },
+    };
+}
+
+void InfoLogger::startSampling()
+{
+    nextSampleDue_ = now();
+    platform().runLoop().schedule(0, [this] {
+        sample();
+        scheduleNextSample();
+    });
+}
+
+void InfoLogger::scheduleNextSample()
+{
+    // A sample that took longer than the interval (an application that did not answer) skips the
+    // samples it overran instead of catching up with a burst.
+    double current = now();
+    nextSampleDue_ += sampleIntervalSeconds;
+    while (nextSampleDue_ < current)
+        nextSampleDue_ += sampleIntervalSeconds;
+    platform().runLoop().schedule(nextSampleDue_ - current, [this] {
+        sample();
+        scheduleNextSample();
+    });
+}
+
+void InfoLogger::sample()
+{
+    ordered_json recorded = nullptr;
+    if (shouldTrack_ && extractor_) {
+        if (auto activity = extractor_->getCurrentActivity()) {
+            extractor_->callInfoExtractorFor(*activity);
+            recorded = encode(*activity);
+        }
+    }
+    platform().trace().write("sample", { { "activity", recorded }, { "calls", nullptr }, { "paused", !shouldTrack_ } });
+}
+
+} // namespace vardel

@@ -1,0 +1,94 @@
+#pragma once
+
+#include "platform/Platform.h"
+#include "platform/ProcessWide.h"
+#include "platform/scripted/ScriptedDesktop.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <memory>
+#include <string>
+
+namespace vardel::testing {
+
+using Json = nlohmann::ordered_json;
+
+// A test that runs the logic on a scripted desktop built from a compact JSON scenario. Process-wide
+// state starts afresh in every test.
+class ScriptedDesktopTest : public ::testing::Test {
+protected:
+    void SetUp() override { ProcessWideState::resetAll(); }
+
+    void TearDown() override
+    {
+        Platform::install(nullptr);
+        ProcessWideState::resetAll();
+    }
+
+    scripted::ScriptedDesktop& load(const Json& scenario)
+    {
+        Platform::install(nullptr);
+        desktop_ = scripted::ScriptedDesktop::fromJson(scenario.dump());
+        desktop_->setRecordingEvents(true);
+        Platform::install(desktop_.get());
+        return *desktop_;
+    }
+
+    scripted::ScriptedDesktop& desktop() { return *desktop_; }
+
+    AXUIElement element(const std::string& id)
+    {
+        auto found = desktop_->element(id);
+        if (!found)
+            throw std::runtime_error("no element " + id);
+        return *found;
+    }
+
+    // The recorded events with that name.
+    std::vector<Json> events(const std::string& name) const
+    {
+        std::vector<Json> matching;
+        for (const auto& event : desktop_->recordedEvents()) {
+            if (event["event"] == name)
+                matching.push_back(event);
+        }
+        return matching;
+    }
+
+private:
+    std::unique_ptr<scripted::ScriptedDesktop> desktop_;
+};
+
+// Compact builders for scenario trees.
+inline Json ref(const std::string& id)
+{
+    return { { "ref", id } };
+}
+
+inline Json application(int pid, const std::string& bundleIdentifier, Json ui = nullptr)
+{
+    Json app = { { "pid", pid }, { "bundleIdentifier", bundleIdentifier }, { "localizedName", bundleIdentifier } };
+    if (!ui.is_null())
+        app["ui"] = std::move(ui);
+    return app;
+}
+
+inline Json node(const std::string& role, Json attributes = Json::object(), Json children = Json::array())
+{
+    Json made = { { "AXRole", role } };
+    for (auto& [key, value] : attributes.items())
+        made[key] = value;
+    if (!children.empty())
+        made["children"] = std::move(children);
+    return made;
+}
+
+// A desktop with one frontmost application.
+inline Json desktopWith(Json app)
+{
+    int pid = app["pid"];
+    return { { "applications", Json::array({ std::move(app) }) }, { "frontmost", pid } };
+}
+
+} // namespace vardel::testing
