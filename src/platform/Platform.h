@@ -7,9 +7,13 @@
 #include "platform/Log.h"
 #include "platform/PreferenceStore.h"
 #include "platform/ProcessLauncher.h"
+#include "platform/PropertyListFiles.h"
 #include "platform/RunLoop.h"
 #include "platform/WindowServer.h"
 #include "platform/Workspace.h"
+
+#include <string>
+#include <vector>
 
 namespace vardel {
 
@@ -31,6 +35,9 @@ public:
     virtual AnalyticsSink& analytics() = 0;
     virtual Log& log() = 0;
     virtual EventTrace& trace() = 0;
+    virtual PropertyListFiles& propertyListFiles() = 0;
+    // The user's languages, most preferred first ("en", "de-CH").
+    virtual std::vector<std::string> preferredLanguages() = 0;
 
     static Platform& current();
     // Installs the platform (not owned); nullptr uninstalls.

@@ -1,5 +1,7 @@
 #include "platform/RegularExpression.h"
 
+#include "platform/IcuText.h"
+
 #include <unicode/regex.h>
 #include <unicode/unistr.h>
 
@@ -12,23 +14,12 @@ namespace vardel {
 
 namespace {
 
+using IcuText::toUnicode;
+using IcuText::toUtf8;
+
 // Bounds the backtracking of one match, in the engine's steps (roughly milliseconds), so that a
 // pattern from preferences meeting hostile text fails to match instead of hanging a sample.
 constexpr int32_t matchStepLimit = 1000;
-
-icu::UnicodeString toUnicode(std::string_view text)
-{
-    // ICU lengths are 32-bit; text beyond that is cut rather than misread as NUL-terminated.
-    auto length = static_cast<int32_t>(std::min<size_t>(text.size(), INT32_MAX));
-    return icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), length));
-}
-
-std::string toUtf8(const icu::UnicodeString& text)
-{
-    std::string result;
-    text.toUTF8String(result);
-    return result;
-}
 
 uint32_t icuFlags(unsigned options)
 {

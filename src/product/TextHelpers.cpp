@@ -1,29 +1,22 @@
 #include "product/TextHelpers.h"
 
+#include "platform/IcuText.h"
+
+#include <unicode/brkiter.h>
 #include <unicode/locid.h>
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
 
 #include <algorithm>
 #include <cstdint>
+#include <memory>
 
 namespace vardel::TextHelpers {
 
 namespace {
 
-icu::UnicodeString toUnicode(std::string_view text)
-{
-    // ICU lengths are 32-bit; text beyond that is cut rather than misread as NUL-terminated.
-    auto length = static_cast<int32_t>(std::min<size_t>(text.size(), INT32_MAX));
-    return icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), length));
-}
-
-std::string toUtf8(const icu::UnicodeString& text)
-{
-    std::string result;
-    text.toUTF8String(result);
-    return result;
-}
+using IcuText::toUnicode;
+using IcuText::toUtf8;
 
 template<typename Predicate> std::string keepingCodePoints(std::string_view text, Predicate shouldKeep)
 {
@@ -92,6 +85,120 @@ std::string removingCodePoint(std::string_view text, char32_t codePoint)
 {
     return keepingCodePoints(
         text, [codePoint](UChar32 candidate) { return candidate != static_cast<UChar32>(codePoint); });
+}
+
+namespace {
+
+bool belongsToTrailingEmoji(UChar32 codePoint)
+{
+    return u_hasBinaryProperty(codePoint, UCHAR_EXTENDED_PICTOGRAPHIC)
+        || u_hasBinaryProperty(codePoint, UCHAR_EMOJI_MODIFIER)
+        || u_hasBinaryProperty(codePoint, UCHAR_REGIONAL_INDICATOR)
+        || u_hasBinaryProperty(codePoint, UCHAR_VARIATION_SELECTOR) || codePoint == 0x200D || codePoint == 0x20E3
+        || u_isUWhiteSpace(codePoint);
+}
+
+bool isTitleSeparator(UChar32 codePoint)
+{
+    return u_isUWhiteSpace(codePoint) || u_hasBinaryProperty(codePoint, UCHAR_DASH) || codePoint == U'|'
+        || codePoint == U':' || codePoint == 0x2022 || codePoint == 0x00B7;
+}
+
+// Offsets of the user-perceived characters' boundaries, 0 and the length included.
+std::vector<int32_t> graphemeBoundaries(const icu::UnicodeString& text)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    std::unique_ptr<icu::BreakIterator> iterator(
+        icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
+    std::vector<int32_t> boundaries;
+    if (U_FAILURE(status)) {
+        // Without break data every code unit counts as a character.
+        for (int32_t offset = 0; offset <= text.length(); ++offset)
+            boundaries.push_back(offset);
+        return boundaries;
+    }
+    iterator->setText(text);
+    for (int32_t offset = iterator->first(); offset != icu::BreakIterator::DONE; offset = iterator->next())
+        boundaries.push_back(offset);
+    return boundaries;
+}
+
+// The rest after a leading part, or nothing when the part does not stand there as a whole.
+std::optional<icu::UnicodeString> afterLeadingPart(const icu::UnicodeString& text, const icu::UnicodeString& part)
+{
+    if (!text.startsWith(part))
+        return std::nullopt;
+    int32_t index = part.length();
+    if (index < text.length() && !isTitleSeparator(text.char32At(index)))
+        return std::nullopt;
+    while (index < text.length() && isTitleSeparator(text.char32At(index)))
+        index = text.moveIndex32(index, 1);
+    return icu::UnicodeString(text, index);
+}
+
+std::optional<icu::UnicodeString> beforeTrailingPart(const icu::UnicodeString& text, const icu::UnicodeString& part)
+{
+    if (!text.endsWith(part))
+        return std::nullopt;
+    int32_t end = text.length() - part.length();
+    if (end > 0 && !isTitleSeparator(text.char32At(end - 1)))
+        return std::nullopt;
+    while (end > 0 && isTitleSeparator(text.char32At(end - 1)))
+        end = text.moveIndex32(end, -1);
+    return icu::UnicodeString(text, 0, end);
+}
+
+} // namespace
+
+std::string removingTrailingEmojiAndWhitespace(std::string_view text)
+{
+    auto unicodeText = toUnicode(text);
+    int32_t end = unicodeText.length();
+    while (end > 0) {
+        int32_t previous = unicodeText.moveIndex32(end, -1);
+        if (!belongsToTrailingEmoji(unicodeText.char32At(previous)))
+            break;
+        end = previous;
+    }
+    return toUtf8(icu::UnicodeString(unicodeText, 0, end));
+}
+
+std::optional<std::string> removingTitlePrefixesAndSuffixes(
+    std::string_view text, std::string_view prefixOrSuffix, bool alsoRemoveIfFullString)
+{
+    if (prefixOrSuffix.empty())
+        return std::string(text);
+    auto unicodeText = toUnicode(text);
+    auto part = toUnicode(prefixOrSuffix);
+    icu::UnicodeString rest = unicodeText;
+    if (auto afterPrefix = afterLeadingPart(rest, part))
+        rest = *afterPrefix;
+    if (auto beforeSuffix = beforeTrailingPart(rest, part))
+        rest = *beforeSuffix;
+    if (!rest.isEmpty())
+        return toUtf8(rest);
+    if (alsoRemoveIfFullString)
+        return std::nullopt;
+    return std::string(text);
+}
+
+std::string truncated(std::string_view text, size_t length, TruncationPosition at)
+{
+    auto unicodeText = toUnicode(text);
+    auto boundaries = graphemeBoundaries(unicodeText);
+    size_t characterCount = boundaries.size() - 1;
+    if (characterCount <= length)
+        return std::string(text);
+    if (length == 0)
+        return {};
+    size_t kept = length - 1;
+    size_t keptAtHead = at == TruncationPosition::tail ? kept : at == TruncationPosition::head ? 0 : (kept + 1) / 2;
+    size_t keptAtTail = kept - keptAtHead;
+    icu::UnicodeString result(unicodeText, 0, boundaries[keptAtHead]);
+    result.append(UChar32(0x2026));
+    int32_t tailStart = boundaries[characterCount - keptAtTail];
+    result.append(unicodeText, tailStart, unicodeText.length() - tailStart);
+    return toUtf8(result);
 }
 
 } // namespace vardel::TextHelpers

@@ -4,6 +4,7 @@
 #include "platform/scripted/ScenarioReader.h"
 #include "platform/scripted/ScriptedAccessibility.h"
 #include "platform/scripted/ScriptedProcessLauncher.h"
+#include "platform/scripted/ScriptedPropertyListFiles.h"
 #include "platform/scripted/ScriptedWindowServer.h"
 #include "platform/scripted/ScriptedWorkspace.h"
 #include "platform/scripted/Timeline.h"
@@ -67,6 +68,7 @@ struct ScriptedDesktop::State {
     ScriptedProcessLauncher processLauncher;
     TracingAnalyticsSink analytics;
     TracingLog log;
+    ScriptedPropertyListFiles propertyListFiles { world };
     double endSeconds;
 };
 
@@ -191,6 +193,15 @@ Log& ScriptedDesktop::log()
 EventTrace& ScriptedDesktop::trace()
 {
     return state_->trace;
+}
+
+PropertyListFiles& ScriptedDesktop::propertyListFiles()
+{
+    return state_->propertyListFiles;
+}
+std::vector<std::string> ScriptedDesktop::preferredLanguages()
+{
+    return { "en" };
 }
 
 } // namespace vardel::scripted

@@ -58,6 +58,8 @@ public:
     AnalyticsSink& analytics() override;
     Log& log() override;
     EventTrace& trace() override;
+    PropertyListFiles& propertyListFiles() override;
+    std::vector<std::string> preferredLanguages() override;
 
 private:
     struct State;
