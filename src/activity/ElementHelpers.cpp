@@ -16,6 +16,26 @@ namespace {
 // Parent walks give up after this many elements, the starting one included.
 constexpr int maxParentChainLength = 100;
 
+// The depth bound alone lets a tree whose children refer back to their ancestors grow a search
+// exponentially; past this many elements it gives up.
+constexpr int maxDescendantVisits = 10000;
+
+std::optional<AXUIElement> firstDescendantWithinBudget(
+    const AXUIElement& element, const ElementTest& test, int depth, int& remainingVisits)
+{
+    if (depth < 1 || remainingVisits-- <= 0)
+        return std::nullopt;
+    if (test(element))
+        return element;
+    for (const AXUIElement& child : children(element)) {
+        if (auto found = firstDescendantWithinBudget(child, test, depth - 1, remainingVisits))
+            return found;
+        if (remainingVisits <= 0)
+            break;
+    }
+    return std::nullopt;
+}
+
 bool hasRole(const AXUIElement& element, std::string_view role)
 {
     return roleText(element) == role;
@@ -229,15 +249,8 @@ std::optional<AXUIElement> enclosingWebArea(const AXUIElement& element)
 
 std::optional<AXUIElement> firstDescendant(const AXUIElement& element, const ElementTest& test, int depth)
 {
-    if (depth < 1)
-        return std::nullopt;
-    if (test(element))
-        return element;
-    for (const AXUIElement& child : children(element)) {
-        if (auto found = firstDescendant(child, test, depth - 1))
-            return found;
-    }
-    return std::nullopt;
+    int remainingVisits = maxDescendantVisits;
+    return firstDescendantWithinBudget(element, test, depth, remainingVisits);
 }
 
 std::optional<AXUIElement> descendFirstChildren(const AXUIElement& element, const ElementTest& test, int depth)

@@ -55,7 +55,8 @@ ElementList findWebAreas(const AXUIElement& window, VDActivity* activity, WebAre
 // The outermost enclosing web area with an http(s) address, else the nearest one.
 std::optional<AXUIElement> enclosingWebArea(const AXUIElement&);
 
-// Depth-first, pre-order; depth below 1 finds nothing.
+// Depth-first, pre-order; depth below 1 finds nothing, and so does a search that has looked at
+// ten thousand elements.
 std::optional<AXUIElement> firstDescendant(const AXUIElement&, const ElementTest&, int depth);
 // Follows first children only; depth 0 still tests the element itself.
 std::optional<AXUIElement> descendFirstChildren(const AXUIElement&, const ElementTest&, int depth);

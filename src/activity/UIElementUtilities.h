@@ -53,6 +53,23 @@ public:
     static void applyGlobalMessagingTimeoutOnce();
     // The depth bound of whole-tree walks, read once per process.
     static int maxRecursionLevel();
+
+    // Descriptions for diagnostics. Point, size, rectangle and range values as "x=3 y=4.5" and so
+    // on (verbose: inside the value type's angle brackets); "AXValue???" for any other value.
+    static std::string stringDescriptionOfAXValue(const Value&, bool beingVerbose);
+    // Lists by their size, elements by role and title, accessibility values as above, anything
+    // else as itself; nothing for nothing.
+    static std::optional<std::string> descriptionOfValue(const std::optional<Value>&, bool beingVerbose);
+    // The descriptions of the element's ancestors, the top one first, and of the element itself.
+    static std::vector<std::string> lineageOfUIElement(const AXUIElement&);
+    // The lineage, one line each, indented one more space per level.
+    static std::string lineageDescriptionOfUIElement(const AXUIElement&);
+    // Child and row lists by their count alone; nothing when the value cannot be read.
+    static std::optional<std::string> descriptionForUIElement(
+        const AXUIElement&, std::string_view attribute, bool beingVerbose);
+    // The lineage, then every attribute with its value and every action with its description.
+    static std::string stringDescriptionOfUIElement(const AXUIElement&);
+    static std::string descriptionOfAXDescriptionOfUIElement(const AXUIElement&);
 };
 
 } // namespace vardel

@@ -5,10 +5,12 @@
 #include "platform/Clock.h"
 #include "platform/EventTrace.h"
 #include "platform/Log.h"
+#include "platform/PowerManagement.h"
 #include "platform/PreferenceStore.h"
 #include "platform/ProcessLauncher.h"
 #include "platform/PropertyListFiles.h"
 #include "platform/RunLoop.h"
+#include "platform/StandardStreams.h"
 #include "platform/WindowServer.h"
 #include "platform/Workspace.h"
 
@@ -36,6 +38,8 @@ public:
     virtual Log& log() = 0;
     virtual EventTrace& trace() = 0;
     virtual PropertyListFiles& propertyListFiles() = 0;
+    virtual StandardStreams& standardStreams() = 0;
+    virtual PowerManagement& powerManagement() = 0;
     // The user's languages, most preferred first ("en", "de-CH").
     virtual std::vector<std::string> preferredLanguages() = 0;
 

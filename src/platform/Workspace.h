@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vardel {
@@ -18,12 +19,25 @@ struct RunningApplication {
     bool operator==(const RunningApplication&) const = default;
 };
 
+// An installed application's bundle, as opening it by its path shows it.
+struct ApplicationBundle {
+    std::string path;
+    std::optional<std::string> bundleIdentifier;
+    std::optional<std::string> localizedName;
+    // The bundle's information dictionary; empty when it has none.
+    Value::Dictionary info;
+};
+
 class Workspace {
 public:
     virtual ~Workspace() = default;
 
     virtual std::optional<RunningApplication> frontmostApplication() = 0;
     virtual std::vector<RunningApplication> runningApplications() = 0;
+    // The bundle of the installed application with that identifier, running or not.
+    virtual std::optional<ApplicationBundle> applicationBundle(std::string_view bundleIdentifier) = 0;
+    // The application bundle at that path (a folder ending in ".app"), running or not.
+    virtual std::optional<ApplicationBundle> applicationBundleAtPath(const std::string& path) = 0;
 };
 
 } // namespace vardel

@@ -150,6 +150,20 @@ std::optional<icu::UnicodeString> beforeTrailingPart(const icu::UnicodeString& t
 
 } // namespace
 
+std::vector<std::string> componentsSeparatedBy(std::string_view text, std::string_view separator)
+{
+    if (separator.empty())
+        return { std::string(text) };
+    std::vector<std::string> components;
+    size_t start = 0;
+    for (size_t found = text.find(separator); found != std::string_view::npos; found = text.find(separator, start)) {
+        components.emplace_back(text.substr(start, found - start));
+        start = found + separator.size();
+    }
+    components.emplace_back(text.substr(start));
+    return components;
+}
+
 std::string removingTrailingEmojiAndWhitespace(std::string_view text)
 {
     auto unicodeText = toUnicode(text);

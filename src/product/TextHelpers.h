@@ -26,6 +26,10 @@ bool hasPrefix(std::string_view text, std::string_view prefix);
 bool hasSuffix(std::string_view text, std::string_view suffix);
 bool contains(std::string_view text, std::string_view part);
 
+// The parts between occurrences of the separator: n separators give n + 1 parts, empty ones
+// included. An empty separator gives the whole text.
+std::vector<std::string> componentsSeparatedBy(std::string_view text, std::string_view separator);
+
 // Every occurrence of the character (a code point) removed.
 std::string removingCodePoint(std::string_view text, char32_t codePoint);
 

@@ -3,6 +3,7 @@
 #include "platform/InfoLoggerExtractor.h"
 #include "product/InfoLogger.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,7 +17,8 @@ public:
     {
     }
 
-    // Start-up, given the process arguments (the program path first).
+    // Start-up, given the process arguments (the program path first). A dump mode prints its dump
+    // and stops the run loop with the dump's exit status instead of starting the tracker.
     void awakeFromNib(const std::vector<std::string>& arguments);
 
     std::optional<VDActivity> getCurrentActivity() override;
@@ -24,6 +26,10 @@ public:
     const std::set<std::string, std::less<>>& noAccessibilityApplicationBundleIdentifiers() override;
 
 private:
+    // Runs the dump mode that the arguments select, if any, and gives its exit status.
+    static std::optional<int> runDumpMode(const std::vector<std::string>& arguments);
+    void startTracking();
+
     InfoLogger& infoLogger_;
 };
 

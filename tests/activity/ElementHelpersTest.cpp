@@ -148,6 +148,15 @@ TEST_F(ElementHelpersTest, DepthBoundsOfTheTreeSearches)
     EXPECT_FALSE(descendFirstChildren(element("window"), isSend, 10));
 }
 
+TEST_F(ElementHelpersTest, ASearchThroughChildrenThatLoopBackEnds)
+{
+    Json loop = withId(node("AXGroup", { { "AXChildren", { ref("loop"), ref("loop"), ref("loop") } } }), "loop");
+    loadWindow(withId(node("AXWindow", {}, { loop }), "window"));
+    auto never = [](const AXUIElement&) { return false; };
+    // Three children per level for twenty levels would be billions of visits without the budget.
+    EXPECT_FALSE(firstDescendant(element("window"), never, 20));
+}
+
 TEST_F(ElementHelpersTest, ListSearchesLookOnlyAtTheListInItsOrder)
 {
     Json children = { withId(node("AXGroup", { { "AXSubrole", "AXLandmarkBanner" } }), "banner"),

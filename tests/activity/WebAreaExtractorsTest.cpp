@@ -120,27 +120,5 @@ TEST_F(WebAreaExtractorsTest, TheTitleExtractorAnnouncesAssistiveTechnologyWhenA
         processes[0]["arguments"], Json({ "write", "com.canva.CanvaDesktop", "voiceOverOnOffKey", "-bool", "true" }));
 }
 
-TEST_F(WebAreaExtractorsTest, RegistrationsFollowTheTableOrderAndPreferences)
-{
-    auto registered = [](const char* identifier) {
-        auto extractor = VDInfoExtractor::registeredExtractorForBundleIdentifier(identifier);
-        return extractor ? std::string(extractor->className) : std::string("default");
-    };
-    Json scenario = desktopWith(application(501, "com.example.App"));
-    scenario["defaults"] = { { "VDInfoExtractor_extraBundleIdentifier_webAreaURL", "com.canva.CanvaDesktop" },
-        { "VDInfoExtractor_extraBundleIdentifier_webAreaTitle", "com.example.Notes" } };
-    load(scenario);
-    EXPECT_EQ(registered("com.shift.browser"), "WebAreaURLInfoExtractor");
-    EXPECT_EQ(registered("com.canva.CanvaDesktop"), "WebAreaTitleInfoExtractor");
-    EXPECT_EQ(registered("com.example.Notes"), "WebAreaTitleInfoExtractor");
-    EXPECT_EQ(registered("com.Shift.browser"), "default");
-
-    VDInfoExtractor::addApplicationInfoExtractor(VDApplicationInfoExtractor::of<WebAreaURLInfoExtractor>(), "");
-    EXPECT_EQ(registered(""), "default");
-    VDInfoExtractor::addApplicationInfoExtractor(
-        VDApplicationInfoExtractor::of<WebAreaURLInfoExtractor>(), "com.example.Notes");
-    EXPECT_EQ(registered("com.example.Notes"), "WebAreaURLInfoExtractor");
-}
-
 } // namespace
 } // namespace vardel

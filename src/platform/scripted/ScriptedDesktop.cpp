@@ -3,8 +3,10 @@
 #include "platform/scripted/DesktopWorld.h"
 #include "platform/scripted/ScenarioReader.h"
 #include "platform/scripted/ScriptedAccessibility.h"
+#include "platform/scripted/ScriptedPowerManagement.h"
 #include "platform/scripted/ScriptedProcessLauncher.h"
 #include "platform/scripted/ScriptedPropertyListFiles.h"
+#include "platform/scripted/ScriptedStandardStreams.h"
 #include "platform/scripted/ScriptedWindowServer.h"
 #include "platform/scripted/ScriptedWorkspace.h"
 #include "platform/scripted/Timeline.h"
@@ -69,6 +71,8 @@ struct ScriptedDesktop::State {
     TracingAnalyticsSink analytics;
     TracingLog log;
     ScriptedPropertyListFiles propertyListFiles { world };
+    ScriptedStandardStreams standardStreams { trace };
+    ScriptedPowerManagement powerManagement { world };
     double endSeconds;
 };
 
@@ -114,6 +118,11 @@ void ScriptedDesktop::setTraceStream(std::ostream* stream)
 void ScriptedDesktop::setRecordingEvents(bool recording)
 {
     state_->trace.setRecording(recording);
+}
+
+void ScriptedDesktop::redirectStandardStreams(std::ostream& output, std::ostream& error)
+{
+    state_->standardStreams.redirect(output, error);
 }
 
 const std::vector<nlohmann::ordered_json>& ScriptedDesktop::recordedEvents() const
@@ -198,6 +207,14 @@ EventTrace& ScriptedDesktop::trace()
 PropertyListFiles& ScriptedDesktop::propertyListFiles()
 {
     return state_->propertyListFiles;
+}
+PowerManagement& ScriptedDesktop::powerManagement()
+{
+    return state_->powerManagement;
+}
+StandardStreams& ScriptedDesktop::standardStreams()
+{
+    return state_->standardStreams;
 }
 std::vector<std::string> ScriptedDesktop::preferredLanguages()
 {

@@ -30,6 +30,8 @@ public:
     // Where trace lines go (nullptr: nowhere). Events are also kept in memory when recording.
     void setTraceStream(std::ostream*);
     void setRecordingEvents(bool);
+    // Where printed text goes instead of the process's standard output and standard error.
+    void redirectStandardStreams(std::ostream& output, std::ostream& error);
     const std::vector<nlohmann::ordered_json>& recordedEvents() const;
 
     // Virtual seconds since the scenario's start.
@@ -59,6 +61,8 @@ public:
     Log& log() override;
     EventTrace& trace() override;
     PropertyListFiles& propertyListFiles() override;
+    StandardStreams& standardStreams() override;
+    PowerManagement& powerManagement() override;
     std::vector<std::string> preferredLanguages() override;
 
 private:

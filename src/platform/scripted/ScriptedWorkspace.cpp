@@ -10,6 +10,25 @@ RunningApplication runningApplication(const ApplicationDescription& description)
         description.bundlePath };
 }
 
+const ApplicationDescription* installedApplication(const DesktopWorld& world, std::string_view bundleIdentifier)
+{
+    for (const auto& application : world.applications()) {
+        const ApplicationDescription& description = application.description;
+        if (description.bundleIdentifier == bundleIdentifier && description.bundlePath)
+            return &description;
+    }
+    return nullptr;
+}
+
+const ApplicationDescription* applicationAtBundlePath(const DesktopWorld& world, const std::string& bundlePath)
+{
+    for (const auto& application : world.applications()) {
+        if (application.description.bundlePath == bundlePath)
+            return &application.description;
+    }
+    return nullptr;
+}
+
 } // namespace
 
 std::optional<RunningApplication> ScriptedWorkspace::frontmostApplication()
@@ -28,6 +47,22 @@ std::vector<RunningApplication> ScriptedWorkspace::runningApplications()
             running.push_back(runningApplication(application.description));
     }
     return running;
+}
+
+std::optional<ApplicationBundle> ScriptedWorkspace::applicationBundle(std::string_view bundleIdentifier)
+{
+    const ApplicationDescription* installed = installedApplication(world_, bundleIdentifier);
+    // Another application may claim the same bundle path first; opening the path finds that one.
+    return installed ? applicationBundleAtPath(*installed->bundlePath) : std::nullopt;
+}
+
+std::optional<ApplicationBundle> ScriptedWorkspace::applicationBundleAtPath(const std::string& path)
+{
+    const ApplicationDescription* opened = applicationAtBundlePath(world_, path);
+    if (!opened)
+        return std::nullopt;
+    return ApplicationBundle { path, opened->bundleIdentifier, opened->localizedName,
+        opened->info.value_or(Value::Dictionary {}) };
 }
 
 } // namespace vardel::scripted

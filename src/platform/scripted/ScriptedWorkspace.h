@@ -5,7 +5,7 @@
 
 namespace vardel::scripted {
 
-// The running applications of the scenario; plain processes are not applications.
+// The applications of the scenario; plain processes are not applications.
 class ScriptedWorkspace final : public Workspace {
 public:
     explicit ScriptedWorkspace(const DesktopWorld& world)
@@ -16,6 +16,11 @@ public:
     // None when the frontmost pid is not a running application.
     std::optional<RunningApplication> frontmostApplication() override;
     std::vector<RunningApplication> runningApplications() override;
+    // The first application of the scenario with that identifier and a bundle path, opened by
+    // that path.
+    std::optional<ApplicationBundle> applicationBundle(std::string_view bundleIdentifier) override;
+    // The first application of the scenario with that bundle path.
+    std::optional<ApplicationBundle> applicationBundleAtPath(const std::string& path) override;
 
 private:
     const DesktopWorld& world_;

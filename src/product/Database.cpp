@@ -1,0 +1,141 @@
+#include "product/Database.h"
+
+#include "platform/Platform.h"
+#include "platform/ValueJson.h"
+#include "product/DatabaseSchema.h"
+
+#include <system_error>
+
+namespace vardel {
+
+namespace {
+
+constexpr const char* selectEntries = "SELECT id, started_at, ended_at, title, project, created_at FROM time_entries ";
+
+DatabaseError cannotOpen(const std::filesystem::path& file, const std::string& reason)
+{
+    return { DatabaseError::Kind::cannotOpen, "The database " + file.string() + " cannot be opened. " + reason };
+}
+
+// Write-ahead logging lets readers go on while an entry is written and survives a crash mid-write.
+// The mode is stored in the file, so it is set on every open, also for files made elsewhere.
+std::optional<DatabaseError> enableWriteAheadLog(SqliteConnection& connection)
+{
+    auto prepared = connection.prepare("PRAGMA journal_mode = WAL");
+    if (!prepared.ok())
+        return prepared.error();
+    SqliteStatement pragma = std::move(prepared).value();
+    auto row = pragma.step();
+    if (!row.ok())
+        return row.error();
+    std::string mode = row.value() ? pragma.textColumn(0) : "";
+    if (mode != "wal")
+        return DatabaseError { DatabaseError::Kind::cannotOpen,
+            "Write-ahead logging is not available (journal mode \"" + mode + "\")." };
+    return std::nullopt;
+}
+
+TaskActivity entryAtRow(const SqliteStatement& row)
+{
+    return { row.integerColumn(0),
+        { Date { row.realColumn(1) }, Date { row.realColumn(2) }, row.textColumn(3), row.optionalTextColumn(4) },
+        Date { row.realColumn(5) } };
+}
+
+DatabaseResult<std::vector<TaskActivity>> readEntries(SqliteStatement& query)
+{
+    std::vector<TaskActivity> entries;
+    while (true) {
+        auto row = query.step();
+        if (!row.ok())
+            return row.error();
+        if (!row.value())
+            return entries;
+        entries.push_back(entryAtRow(query));
+    }
+}
+
+void traceSavedEntry(const TaskActivity& entry)
+{
+    const TaskActivityDescriptor& saved = entry.descriptor;
+    platform().trace().write("timeEntry",
+        { { "start", ValueJson::formatIso8601(saved.start) }, { "end", ValueJson::formatIso8601(saved.end) },
+            { "title", saved.title },
+            { "project", saved.project ? nlohmann::ordered_json(*saved.project) : nlohmann::ordered_json(nullptr) } });
+}
+
+} // namespace
+
+Database::Database(SqliteConnection connection)
+    : connection_(std::move(connection))
+{
+}
+
+DatabaseResult<std::unique_ptr<Database>> Database::open(const std::filesystem::path& dataFolder)
+{
+    std::filesystem::path file = dataFolder / fileName;
+    std::error_code folderError;
+    std::filesystem::create_directories(dataFolder, folderError);
+    if (folderError)
+        return cannotOpen(file, "The folder cannot be created: " + folderError.message() + ".");
+    auto connected = SqliteConnection::open(file);
+    if (!connected.ok())
+        return connected.error();
+    SqliteConnection connection = std::move(connected).value();
+    if (auto failure = enableWriteAheadLog(connection))
+        return cannotOpen(file, failure->message);
+    if (auto failure = DatabaseSchema::migrate(connection)) {
+        if (failure->kind == DatabaseError::Kind::newerSchema)
+            return *failure;
+        return cannotOpen(file, failure->message);
+    }
+    return std::unique_ptr<Database>(new Database(std::move(connection)));
+}
+
+std::optional<DatabaseError> Database::runMutation(
+    const std::function<std::optional<DatabaseError>(DatabaseTransaction&)>& operation)
+{
+    DatabaseTransaction transaction(connection_, platform().clock().now());
+    auto failure = connection_.writeTransaction([&] { return operation(transaction); });
+    // Entries are traced only once they are committed, so the trace never shows a rolled-back one.
+    if (!failure) {
+        for (const TaskActivity& entry : transaction.createdEntries())
+            traceSavedEntry(entry);
+    }
+    return failure;
+}
+
+void Database::present(std::string_view fileLabel, int line, const DatabaseError& error) const
+{
+    presenter_.present(std::string(fileLabel) + ":" + std::to_string(line), error);
+}
+
+DatabaseResult<std::vector<TaskActivity>> Database::entriesInRange(Date from, Date to)
+{
+    auto prepared = connection_.prepare(
+        std::string(selectEntries) + "WHERE started_at < ?2 AND ended_at > ?1 ORDER BY started_at, id");
+    if (!prepared.ok())
+        return prepared.error();
+    SqliteStatement query = std::move(prepared).value();
+    query.bind(1, from.secondsSince1970);
+    query.bind(2, to.secondsSince1970);
+    return readEntries(query);
+}
+
+DatabaseResult<std::optional<TaskActivity>> Database::mostRecentEntry(std::string_view title)
+{
+    auto prepared = connection_.prepare(
+        std::string(selectEntries) + "WHERE title = ?1 ORDER BY started_at DESC, id DESC LIMIT 1");
+    if (!prepared.ok())
+        return prepared.error();
+    SqliteStatement query = std::move(prepared).value();
+    query.bind(1, title);
+    auto entries = readEntries(query);
+    if (!entries.ok())
+        return entries.error();
+    if (entries.value().empty())
+        return std::optional<TaskActivity>();
+    return std::optional<TaskActivity>(entries.value().front());
+}
+
+} // namespace vardel

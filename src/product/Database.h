@@ -1,0 +1,74 @@
+#pragma once
+
+#include "platform/Value.h"
+#include "product/DatabaseErrorPresenter.h"
+#include "product/DatabaseResult.h"
+#include "product/DatabaseTransaction.h"
+#include "product/SqliteConnection.h"
+#include "product/TaskActivity.h"
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <vector>
+
+namespace vardel {
+
+// The product's store of time entries: an SQLite file in write-ahead-log mode in the data folder.
+class Database {
+public:
+    static constexpr const char* fileName = "vardel.sqlite3";
+
+    // Opens (creating when needed) the database in the folder and brings its schema up to date. A
+    // file that cannot be read as this product's database is refused and never replaced.
+    static DatabaseResult<std::unique_ptr<Database>> open(const std::filesystem::path& dataFolder);
+
+    void setErrorPresenter(DatabaseErrorPresenter presenter) { presenter_ = std::move(presenter); }
+
+    // Runs the operation in one transaction. The operation takes the DatabaseTransaction and
+    // returns a DatabaseResult; an error it returns, or one in committing, rolls every change back
+    // and is presented (log warning and alert), naming fileLabel and line. The operation's value on
+    // success, nothing on failure.
+    template<typename Operation>
+    auto mutateOrPresentError(std::string_view fileLabel, int line, Operation&& operation)
+        -> std::optional<typename std::invoke_result_t<Operation&, DatabaseTransaction&>::Value>;
+
+    // The entries that overlap [from, to), earliest first.
+    DatabaseResult<std::vector<TaskActivity>> entriesInRange(Date from, Date to);
+    // The entry with exactly this title that started last, if any.
+    DatabaseResult<std::optional<TaskActivity>> mostRecentEntry(std::string_view title);
+
+private:
+    explicit Database(SqliteConnection);
+
+    std::optional<DatabaseError> runMutation(const std::function<std::optional<DatabaseError>(DatabaseTransaction&)>&);
+    void present(std::string_view fileLabel, int line, const DatabaseError&) const;
+
+    SqliteConnection connection_;
+    DatabaseErrorPresenter presenter_;
+};
+
+template<typename Operation>
+auto Database::mutateOrPresentError(std::string_view fileLabel, int line, Operation&& operation)
+    -> std::optional<typename std::invoke_result_t<Operation&, DatabaseTransaction&>::Value>
+{
+    std::optional<typename std::invoke_result_t<Operation&, DatabaseTransaction&>::Value> outcome;
+    auto failure = runMutation([&](DatabaseTransaction& transaction) -> std::optional<DatabaseError> {
+        auto result = operation(transaction);
+        if (!result.ok())
+            return result.error();
+        outcome.emplace(std::move(result).value());
+        return std::nullopt;
+    });
+    if (failure) {
+        present(fileLabel, line, *failure);
+        return std::nullopt;
+    }
+    return outcome;
+}
+
+} // namespace vardel

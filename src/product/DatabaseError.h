@@ -1,0 +1,36 @@
+#pragma once
+
+#include <ostream>
+#include <string>
+#include <string_view>
+
+namespace vardel {
+
+// Why the database refused or failed an operation, with a message fit to show the user.
+struct DatabaseError {
+    enum class Kind {
+        // The file cannot be opened or read as a database (unwritable folder, corrupt file).
+        cannotOpen,
+        // The file was written by a newer version of the product that this one cannot safely change.
+        newerSchema,
+        // A time entry shorter than the minimum while short entries are prevented.
+        tooShort,
+        // A time entry that ends before it starts.
+        endsBeforeStart,
+        // SQLite failed a statement (disk full, locked, I/O error).
+        statementFailed,
+    };
+
+    Kind kind;
+    std::string message;
+
+    // SQLite's reason for a failed statement, worded for the user.
+    static DatabaseError statementFailure(std::string_view reason);
+
+    bool operator==(const DatabaseError&) const = default;
+};
+
+const char* kindName(DatabaseError::Kind);
+std::ostream& operator<<(std::ostream&, const DatabaseError&);
+
+} // namespace vardel

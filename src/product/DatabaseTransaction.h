@@ -1,0 +1,34 @@
+#pragma once
+
+#include "platform/Value.h"
+#include "product/DatabaseResult.h"
+#include "product/SqliteConnection.h"
+#include "product/TaskActivity.h"
+#include "product/TaskActivityDescriptor.h"
+
+#include <vector>
+
+namespace vardel {
+
+// The changes one mutation makes. Only Database::mutateOrPresentError hands one out, so every change
+// runs inside a transaction that is committed or rolled back as a whole.
+class DatabaseTransaction {
+public:
+    // Stores the entry. With preventTooShortDurations, an entry shorter than
+    // TaskActivityDescriptor::minimumDurationSeconds is refused; an entry that ends before it starts
+    // is always refused.
+    DatabaseResult<TaskActivity> createTaskActivity(const TaskActivityDescriptor&, bool preventTooShortDurations);
+
+    // The entries created so far, in order; they exist for others only once the transaction commits.
+    const std::vector<TaskActivity>& createdEntries() const { return createdEntries_; }
+
+private:
+    friend class Database;
+    DatabaseTransaction(SqliteConnection&, Date now);
+
+    SqliteConnection& connection_;
+    Date now_;
+    std::vector<TaskActivity> createdEntries_;
+};
+
+} // namespace vardel

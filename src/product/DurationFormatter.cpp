@@ -1,0 +1,44 @@
+#include "product/DurationFormatter.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+namespace vardel::DurationFormatter {
+
+namespace {
+
+// Far beyond any real duration, yet safely convertible to a 64-bit count.
+constexpr double longestDurationInSeconds = 1e15;
+
+int64_t wholeSeconds(double seconds)
+{
+    if (!(seconds > 0))
+        return 0;
+    return static_cast<int64_t>(std::floor(std::min(seconds, longestDurationInSeconds)));
+}
+
+void appendPart(std::string& text, int64_t count, char unit)
+{
+    if (count == 0)
+        return;
+    if (!text.empty())
+        text += ' ';
+    text += std::to_string(count) + unit;
+}
+
+} // namespace
+
+std::string format(double seconds)
+{
+    int64_t remaining = wholeSeconds(seconds);
+    if (remaining == 0)
+        return "0s";
+    std::string text;
+    appendPart(text, remaining / 3600, 'h');
+    appendPart(text, remaining / 60 % 60, 'm');
+    appendPart(text, remaining % 60, 's');
+    return text;
+}
+
+} // namespace vardel::DurationFormatter
