@@ -3,7 +3,11 @@
 
 #include "platform/Platform.h"
 #include "platform/scripted/ScriptedDesktop.h"
+#include "product/AnalyticsWrapper.h"
+#include "product/DataFolder.h"
+#include "product/DatabaseWrapper.h"
 #include "product/InfoLogger.h"
+#include "product/SupportRequests.h"
 #include "shell/VDHelperAppDelegate.h"
 
 #include <cstdlib>
@@ -30,6 +34,20 @@ std::ostream* openTrace(const char* destination, std::ofstream& file)
         return &std::cout;
     file.open(destination, std::ios::out | std::ios::trunc);
     return file ? &file : nullptr;
+}
+
+// The product's stores live in the data folder; the scenario may say the database is unavailable.
+void configureProductStores(const vardel::scripted::ScriptedDesktop& desktop)
+{
+    auto dataFolder = vardel::DataFolder::fromEnvironment(std::getenv);
+    if (dataFolder) {
+        vardel::AnalyticsWrapper::sharedInstance().configure(*dataFolder);
+        vardel::SupportRequests::sharedInstance().configure(*dataFolder);
+    }
+    if (dataFolder && desktop.databaseAvailable())
+        vardel::DatabaseWrapper::sharedInstance().configure(*dataFolder);
+    else
+        vardel::DatabaseWrapper::sharedInstance().configureUnavailable();
 }
 
 int runTracker(vardel::Platform& platform, const std::vector<std::string>& arguments)
@@ -71,7 +89,10 @@ int main(int argc, char** argv)
     }
 
     vardel::Platform::install(desktop.get());
+    configureProductStores(*desktop);
     int status = runTracker(*desktop, arguments);
+    // Closes the database, so that its write-ahead log is merged back before the process ends.
+    vardel::DatabaseWrapper::sharedInstance().configureUnavailable();
     desktop->trace().write("exit", { { "status", status }, { "reason", desktop->stopReason() } });
     vardel::Platform::install(nullptr);
     return status;

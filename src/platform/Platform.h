@@ -10,7 +10,10 @@
 #include "platform/ProcessLauncher.h"
 #include "platform/PropertyListFiles.h"
 #include "platform/RunLoop.h"
+#include "platform/RunningTaskSource.h"
 #include "platform/StandardStreams.h"
+#include "platform/TimeEntryEditor.h"
+#include "platform/UserNotificationCenter.h"
 #include "platform/WindowServer.h"
 #include "platform/Workspace.h"
 
@@ -40,6 +43,9 @@ public:
     virtual PropertyListFiles& propertyListFiles() = 0;
     virtual StandardStreams& standardStreams() = 0;
     virtual PowerManagement& powerManagement() = 0;
+    virtual UserNotificationCenter& userNotificationCenter() = 0;
+    virtual TimeEntryEditor& timeEntryEditor() = 0;
+    virtual RunningTaskSource& runningTasks() = 0;
     // The user's languages, most preferred first ("en", "de-CH").
     virtual std::vector<std::string> preferredLanguages() = 0;
 

@@ -80,14 +80,26 @@ void InfoLogger::scheduleNextSample()
 
 void InfoLogger::sample()
 {
-    ordered_json recorded = nullptr;
+    std::optional<VDActivity> activity;
     if (shouldTrack_ && extractor_) {
-        if (auto activity = extractor_->getCurrentActivity()) {
+        activity = extractor_->getCurrentActivity();
+        if (activity)
             extractor_->callInfoExtractorFor(*activity);
-            recorded = encode(*activity);
-        }
     }
-    platform().trace().write("sample", { { "activity", recorded }, { "calls", nullptr }, { "paused", !shouldTrack_ } });
+    if (callDetector_)
+        callDetector_->updateCallStatusForActivity(activity ? &*activity : nullptr, shouldTrack_);
+    platform().trace().write("sample",
+        { { "activity", activity ? encode(*activity) : ordered_json(nullptr) }, { "calls", callStatus() },
+            { "paused", !shouldTrack_ } });
+}
+
+ordered_json InfoLogger::callStatus() const
+{
+    if (!callDetector_)
+        return nullptr;
+    auto description = callDetector_->descriptionOfRunningCalls();
+    return { { "hasRunningCall", callDetector_->hasRunningCall() },
+        { "descriptionOfRunningCalls", description ? ordered_json(*description) : ordered_json(nullptr) } };
 }
 
 } // namespace vardel

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/InfoLoggerCallDetector.h"
 #include "platform/InfoLoggerExtractor.h"
 #include "platform/RunLoop.h"
 
@@ -13,6 +14,7 @@ public:
     static constexpr double sampleIntervalSeconds = 1.0;
 
     void setInfoExtractor(InfoLoggerExtractor* extractor) { extractor_ = extractor; }
+    void setCallDetector(InfoLoggerCallDetector* callDetector) { callDetector_ = callDetector; }
     void setShouldTrack(bool shouldTrack) { shouldTrack_ = shouldTrack; }
     bool shouldTrack() const { return shouldTrack_; }
 
@@ -26,7 +28,10 @@ public:
 private:
     void scheduleNextSample();
 
+    nlohmann::ordered_json callStatus() const;
+
     InfoLoggerExtractor* extractor_ = nullptr;
+    InfoLoggerCallDetector* callDetector_ = nullptr;
     bool shouldTrack_ = false;
     double nextSampleDue_ = 0;
 };

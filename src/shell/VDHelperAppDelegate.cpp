@@ -1,6 +1,7 @@
 #include "shell/VDHelperAppDelegate.h"
 
 #include "activity/VDInfoExtractor.h"
+#include "calls/RunningCallDetector.h"
 #include "diagnostics/AccessibilityDumper.h"
 #include "platform/Platform.h"
 
@@ -55,6 +56,9 @@ std::optional<int> VDHelperAppDelegate::runDumpMode(const std::vector<std::strin
 
 void VDHelperAppDelegate::startTracking()
 {
+    callTimeEntryOffers_.registerNotificationCategory();
+    RunningCallDetector::sharedInstance().setCallEndReaction(&callTimeEntryOffers_);
+    infoLogger_.setCallDetector(&RunningCallDetector::sharedInstance());
     infoLogger_.setInfoExtractor(this);
     infoLogger_.setShouldTrack(true);
     infoLogger_.startSampling();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "calls/CallTimeEntryOffers.h"
 #include "platform/InfoLoggerExtractor.h"
 #include "product/InfoLogger.h"
 
@@ -31,6 +32,7 @@ private:
     void startTracking();
 
     InfoLogger& infoLogger_;
+    CallTimeEntryOffers callTimeEntryOffers_;
 };
 
 } // namespace vardel

@@ -33,7 +33,8 @@ TEST(TrackerScenarioTest, EverySecondTheFrontmostApplicationIsRecorded)
     for (int second = 0; second < 5; ++second) {
         EXPECT_EQ(samples[second]["t"], second);
         EXPECT_EQ(samples[second]["paused"], false);
-        EXPECT_EQ(samples[second]["calls"], nullptr);
+        EXPECT_EQ(
+            samples[second]["calls"], Json({ { "hasRunningCall", false }, { "descriptionOfRunningCalls", nullptr } }));
     }
 
     const Json& writer = samples[0]["activity"];

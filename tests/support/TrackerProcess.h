@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <sys/wait.h>
@@ -43,7 +44,9 @@ inline std::string quoted(const std::string& text)
     return "'" + text + "'";
 }
 
-inline TrackerRun runTracker(const std::filesystem::path& scenario, const std::string& arguments = "")
+// The data folder, when given, is kept for the caller; otherwise a temporary one is removed afterwards.
+inline TrackerRun runTracker(const std::filesystem::path& scenario, const std::string& arguments = "",
+    const std::optional<std::filesystem::path>& dataFolder = std::nullopt)
 {
     auto folder = std::filesystem::temp_directory_path()
         / ("vardel-run-" + std::to_string(::getpid()) + "-" + scenario.stem().string());
@@ -52,8 +55,8 @@ inline TrackerRun runTracker(const std::filesystem::path& scenario, const std::s
     auto errorPath = folder / "stderr.txt";
     std::filesystem::remove(tracePath);
     std::string command = "VARDEL_DESKTOP=" + quoted(scenario.string()) + " VARDEL_TRACE=" + quoted(tracePath.string())
-        + " VARDEL_DATA_DIR=" + quoted((folder / "data").string()) + " " + quoted(VARDEL_TRACKER_PATH) + " " + arguments
-        + " 2>" + quoted(errorPath.string());
+        + " VARDEL_DATA_DIR=" + quoted(dataFolder.value_or(folder / "data").string()) + " "
+        + quoted(VARDEL_TRACKER_PATH) + " " + arguments + " 2>" + quoted(errorPath.string());
     TrackerRun run;
     int status = std::system(command.c_str());
     run.exitStatus = WIFEXITED(status) ? WEXITSTATUS(status) : -1;

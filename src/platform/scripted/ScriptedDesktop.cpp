@@ -6,7 +6,10 @@
 #include "platform/scripted/ScriptedPowerManagement.h"
 #include "platform/scripted/ScriptedProcessLauncher.h"
 #include "platform/scripted/ScriptedPropertyListFiles.h"
+#include "platform/scripted/ScriptedRunningTaskSource.h"
 #include "platform/scripted/ScriptedStandardStreams.h"
+#include "platform/scripted/ScriptedTimeEntryEditor.h"
+#include "platform/scripted/ScriptedUserNotificationCenter.h"
 #include "platform/scripted/ScriptedWindowServer.h"
 #include "platform/scripted/ScriptedWorkspace.h"
 #include "platform/scripted/Timeline.h"
@@ -55,6 +58,9 @@ struct ScriptedDesktop::State {
         , log(trace, std::cerr)
         , endSeconds(scenario.endSeconds)
     {
+        timeline.setInteractionHandler([this](const TimelineStep& step) {
+            runLoop.schedule(0, [this, response = *step.respond] { userNotificationCenter.respond(response); });
+        });
         // Steps at the start are in effect before the program does anything.
         timeline.advanceTo(0);
     }
@@ -73,6 +79,9 @@ struct ScriptedDesktop::State {
     ScriptedPropertyListFiles propertyListFiles { world };
     ScriptedStandardStreams standardStreams { trace };
     ScriptedPowerManagement powerManagement { world };
+    ScriptedUserNotificationCenter userNotificationCenter { world.notificationsPermitted, trace };
+    ScriptedTimeEntryEditor timeEntryEditor { world.editorAnswers, trace };
+    ScriptedRunningTaskSource runningTasks { world, clock.now() };
     double endSeconds;
 };
 
@@ -208,6 +217,26 @@ PropertyListFiles& ScriptedDesktop::propertyListFiles()
 {
     return state_->propertyListFiles;
 }
+UserNotificationCenter& ScriptedDesktop::userNotificationCenter()
+{
+    return state_->userNotificationCenter;
+}
+
+TimeEntryEditor& ScriptedDesktop::timeEntryEditor()
+{
+    return state_->timeEntryEditor;
+}
+
+RunningTaskSource& ScriptedDesktop::runningTasks()
+{
+    return state_->runningTasks;
+}
+
+bool ScriptedDesktop::databaseAvailable() const
+{
+    return state_->world.databaseAvailable;
+}
+
 PowerManagement& ScriptedDesktop::powerManagement()
 {
     return state_->powerManagement;

@@ -63,6 +63,11 @@ public:
     PropertyListFiles& propertyListFiles() override;
     StandardStreams& standardStreams() override;
     PowerManagement& powerManagement() override;
+    UserNotificationCenter& userNotificationCenter() override;
+    TimeEntryEditor& timeEntryEditor() override;
+    RunningTaskSource& runningTasks() override;
+    // Whether the scenario lets the product's database exist.
+    bool databaseAvailable() const;
     std::vector<std::string> preferredLanguages() override;
 
 private:

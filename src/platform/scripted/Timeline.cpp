@@ -57,6 +57,8 @@ void Timeline::apply(const TimelineStep& step)
     applyChanges(step.preferences, world_.productPreferences);
     if (step.runningTask)
         world_.runningTask = *step.runningTask;
+    if (step.respond && interactionHandler_)
+        interactionHandler_(step);
 }
 
 } // namespace vardel::scripted

@@ -5,6 +5,7 @@
 #include "platform/scripted/VirtualClock.h"
 
 #include <cstddef>
+#include <functional>
 #include <vector>
 
 namespace vardel::scripted {
@@ -18,6 +19,13 @@ public:
 
     void advanceTo(double elapsedSeconds);
 
+    // The user's interactions of a step (answers to notifications) go to the program through this
+    // handler, which serves them on the run loop rather than in the middle of whatever is running.
+    void setInteractionHandler(std::function<void(const TimelineStep&)> handler)
+    {
+        interactionHandler_ = std::move(handler);
+    }
+
 private:
     void apply(const TimelineStep&);
 
@@ -26,6 +34,7 @@ private:
     double endSeconds_;
     VirtualClock& clock_;
     DesktopWorld& world_;
+    std::function<void(const TimelineStep&)> interactionHandler_;
 };
 
 } // namespace vardel::scripted
