@@ -1,5 +1,6 @@
 #include "calls/RunningCallDetector.h"
 
+#include "calls/AccessibilityCallDetection.h"
 #include "calls/CallApplicationTables.h"
 #include "platform/Platform.h"
 #include "platform/ProcessWide.h"
@@ -18,6 +19,7 @@ namespace {
 
 struct Switches {
     bool pmAssertionBasedCallDetectionEnabled = true;
+    bool browserBasedCallDetectionEnabled = true;
     bool callDetectionEnabledForUnknownApps = true;
     bool callDetectionAlwaysRequiresSeparateAudioAssertions = false;
     bool callDetectionRequiresSeparateAudioAssertionsIfServiceNameUnknown = true;
@@ -34,6 +36,7 @@ ProcessWide<Switches> switches([] {
     auto flag = [](const char* key, bool fallback) { return preferences().getBool(key).value_or(fallback); };
     Switches read;
     read.pmAssertionBasedCallDetectionEnabled = flag("RunningCallDetector_pmAssertionBasedCallDetectionEnabled", true);
+    read.browserBasedCallDetectionEnabled = flag("RunningCallDetector_browserBasedCallDetectionEnabled", true);
     read.callDetectionEnabledForUnknownApps = flag("RunningCallDetector_callDetectionEnabledForUnknownApps", true);
     read.callDetectionAlwaysRequiresSeparateAudioAssertions
         = flag("RunningCallDetector_callDetectionAlwaysRequiresSeparateAudioAssertions", false);
@@ -126,6 +129,34 @@ CallMetadata merged(const CallMetadata& old, const CallMetadata& seen)
             || seen.audioInAndOutAssertionsHaveBeenRecordedSeparately };
 }
 
+std::optional<std::string> faceTimeCallTitle()
+{
+    if (auto title = AccessibilityCallDetection::faceTimeTitle())
+        return title;
+    for (const RunningApplication& application : platform().workspace().runningApplications()) {
+        if (application.bundleIdentifier != "com.apple.notificationcenterui")
+            continue;
+        if (auto title = AccessibilityCallDetection::notificationCenterCallTitle(application))
+            return title;
+    }
+    return std::nullopt;
+}
+
+// A browser already taken as an unknown application is replaced by its browser call, so that one
+// call never counts twice in a sample.
+void addBrowserCalls(std::vector<ApplicationAndMetadata>& found, const PowerManagementAssertions& snapshot,
+    const VDActivity* activity, const std::set<std::string, std::less<>>& excluded)
+{
+    for (const auto& process : snapshot.appsWithMeetingRelatedPMAssertions) {
+        auto call = AccessibilityCallDetection::browserCall(process, activity, excluded);
+        if (!call)
+            continue;
+        std::erase_if(
+            found, [&](const auto& candidate) { return candidate.bundleIdentifier == call->bundleIdentifier; });
+        found.push_back(std::move(*call));
+    }
+}
+
 double secondsBetween(Date earlier, Date later)
 {
     return later.secondsSince1970 - earlier.secondsSince1970;
@@ -208,7 +239,7 @@ std::set<std::string, std::less<>> RunningCallDetector::effectiveExcludedApplica
 }
 
 std::optional<ApplicationAndMetadata> RunningCallDetector::candidateForApplication(
-    const PowerManagementAssertions::PIDAndRunningApplication& process, const VDActivity*) const
+    const PowerManagementAssertions::PIDAndRunningApplication& process, const VDActivity* activity) const
 {
     if (!process.bundleIdentifier)
         return std::nullopt;
@@ -222,11 +253,21 @@ std::optional<ApplicationAndMetadata> RunningCallDetector::candidateForApplicati
     if (!serviceName && !(process.applicationName && switches.get().callDetectionEnabledForUnknownApps))
         return std::nullopt;
     return ApplicationAndMetadata { identifier,
-        CallMetadata { serviceName, process.applicationName, std::nullopt,
+        CallMetadata { serviceName, process.applicationName,
+            AccessibilityCallDetection::meetingTitle(identifier, activity),
             process.audioInAndOutAssertionsHaveBeenRecordedSeparately } };
 }
 
 std::vector<ApplicationAndMetadata> RunningCallDetector::candidates(
+    const PowerManagementAssertions& snapshot, const VDActivity* activity) const
+{
+    auto found = assertionBasedCandidates(snapshot, activity);
+    if (switches.get().browserBasedCallDetectionEnabled)
+        addBrowserCalls(found, snapshot, activity, effectiveExcludedApplications());
+    return found;
+}
+
+std::vector<ApplicationAndMetadata> RunningCallDetector::assertionBasedCandidates(
     const PowerManagementAssertions& snapshot, const VDActivity* activity) const
 {
     std::vector<ApplicationAndMetadata> found;
@@ -238,7 +279,7 @@ std::vector<ApplicationAndMetadata> RunningCallDetector::candidates(
     if (firstProcessNameContaining(snapshot, "TeamViewer") && !excluded.contains("TeamViewer"))
         found.push_back({ "TeamViewer", CallMetadata { "TeamViewer", "TeamViewer", std::nullopt, true } });
     if (firstProcessNameContaining(snapshot, "FaceTime") && !excluded.contains("FaceTime"))
-        found.push_back({ "com.apple.FaceTime", CallMetadata { "FaceTime", "FaceTime", std::nullopt, true } });
+        found.push_back({ "com.apple.FaceTime", CallMetadata { "FaceTime", "FaceTime", faceTimeCallTitle(), true } });
     return found;
 }
 

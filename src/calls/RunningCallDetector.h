@@ -31,6 +31,11 @@ public:
     // The applications never taken for calls, as the preferences make them now.
     static std::set<std::string, std::less<>> effectiveExcludedApplications();
 
+    // One sample's candidates from the snapshot alone (meeting-related processes, TeamViewer,
+    // FaceTime), without browser calls; changes no state, so the diagnostic dump can show them.
+    std::vector<ApplicationAndMetadata> assertionBasedCandidates(
+        const PowerManagementAssertions&, const VDActivity*) const;
+
     void setCallEndReaction(CallEndReaction* reaction) { reaction_ = reaction; }
     const std::map<std::string, CallProperties, std::less<>>& runningCallsByBundleIdentifier() const
     {

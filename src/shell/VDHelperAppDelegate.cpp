@@ -1,6 +1,7 @@
 #include "shell/VDHelperAppDelegate.h"
 
 #include "activity/VDInfoExtractor.h"
+#include "calls/PowerManagementDumper.h"
 #include "calls/RunningCallDetector.h"
 #include "diagnostics/AccessibilityDumper.h"
 #include "platform/Platform.h"
@@ -37,10 +38,16 @@ void VDHelperAppDelegate::awakeFromNib(const std::vector<std::string>& arguments
 
 std::optional<int> VDHelperAppDelegate::runDumpMode(const std::vector<std::string>& arguments)
 {
-    // Only the first argument selects a mode; a mode without its bundle identifier is no mode.
-    if (arguments.size() < 3)
+    // Only the first argument selects a mode; a mode that needs a bundle identifier is no mode without one.
+    if (arguments.size() < 2)
         return std::nullopt;
     const std::string& mode = arguments[1];
+    if (mode == "--dumpPMAssertions") {
+        PowerManagementDumper::dumpPowerManagementAssertions();
+        return 0;
+    }
+    if (arguments.size() < 3)
+        return std::nullopt;
     const std::string& bundleIdentifier = arguments[2];
     if (mode == "--dumpApplicationWindows") {
         platform().runLoop().sleep(windowDumpDelaySeconds);

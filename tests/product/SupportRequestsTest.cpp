@@ -1,6 +1,6 @@
 #include "product/SupportRequests.h"
 
-#include "product/TemporaryFolder.h"
+#include "support/TemporaryFolder.h"
 #include "support/ScriptedDesktopTest.h"
 
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 
 #include "platform/ValueJson.h"
 #include "product/Database.h"
-#include "product/TemporaryFolder.h"
+#include "support/TemporaryFolder.h"
 #include "support/ScriptedDesktopTest.h"
 
 #include <gtest/gtest.h>
