@@ -2,6 +2,7 @@
 
 #include "calls/PowerManagementAssertions.h"
 #include "calls/RunningCallDetector.h"
+#include "platform/OperatingSystem.h"
 #include "platform/Platform.h"
 #include "platform/ValueJson.h"
 #include "product/AnalyticsWrapper.h"
@@ -15,7 +16,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <sys/utsname.h>
 
 namespace vardel {
 
@@ -79,14 +79,6 @@ std::string joinedKeys(const Value::Dictionary& userInfo)
     for (const auto& [key, value] : userInfo)
         joined += (joined.empty() ? "" : ", ") + key;
     return joined;
-}
-
-std::string operatingSystemVersion()
-{
-    utsname system {};
-    if (uname(&system) != 0)
-        return "(unknown)";
-    return std::string(system.sysname) + " " + system.release;
 }
 
 std::string falsePositiveBody(const std::optional<CallProperties>& call, const std::optional<std::string>& key)
@@ -243,7 +235,7 @@ void CallTimeEntryOffers::reportFalsePositive(const Value::Dictionary& userInfo)
     auto call = decodedCall(userInfo);
     auto key = userInfoText(userInfo, "bundleIdentifier");
     std::vector<std::string> lines = { "Dump created at: " + ValueJson::formatIso8601(platform().clock().now()),
-        "macOS Version: " + operatingSystemVersion() };
+        "macOS Version: " + OperatingSystem::versionString() };
     PowerManagementAssertions snapshot([&lines](const std::string& line) { lines.push_back(line); });
     std::string dump;
     for (const std::string& line : lines)

@@ -2,10 +2,9 @@
 
 #include "calls/PowerManagementAssertions.h"
 #include "calls/RunningCallDetector.h"
+#include "platform/OperatingSystem.h"
 #include "platform/Platform.h"
 #include "platform/ValueJson.h"
-
-#include <sys/utsname.h>
 
 namespace vardel {
 
@@ -14,14 +13,6 @@ namespace {
 void printLine(const std::string& line)
 {
     platform().standardStreams().print(line + "\n");
-}
-
-std::string operatingSystemVersion()
-{
-    utsname system {};
-    if (uname(&system) != 0)
-        return "(unknown)";
-    return std::string(system.sysname) + " " + system.release;
 }
 
 // Quoted so that an empty text or one with separators stays readable; absent is nil.
@@ -59,7 +50,7 @@ std::string describe(const std::vector<ApplicationAndMetadata>& candidates)
 void PowerManagementDumper::dumpPowerManagementAssertions()
 {
     printLine("Dump created at: " + ValueJson::formatIso8601(platform().clock().now()));
-    printLine("macOS Version: " + operatingSystemVersion());
+    printLine("macOS Version: " + OperatingSystem::versionString());
     PowerManagementAssertions snapshot(printLine);
     // No sampled activity: the dump shows what the assertions alone imply.
     auto candidates = RunningCallDetector::sharedInstance().assertionBasedCandidates(snapshot, nullptr);

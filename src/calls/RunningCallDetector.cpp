@@ -226,7 +226,7 @@ std::optional<std::string> RunningCallDetector::descriptionOfRunningCalls() cons
     return description;
 }
 
-std::set<std::string, std::less<>> RunningCallDetector::effectiveExcludedApplications()
+RunningCallDetector::ExcludedApplications RunningCallDetector::effectiveExcludedApplications()
 {
     auto excluded = CallApplicationTables::callTrackingExcludedApplications();
     if (auto disabled = preferences().getStringList("RunningCallDetector_appsWithCallTrackingDisabled"))
@@ -239,12 +239,13 @@ std::set<std::string, std::less<>> RunningCallDetector::effectiveExcludedApplica
 }
 
 std::optional<ApplicationAndMetadata> RunningCallDetector::candidateForApplication(
-    const PowerManagementAssertions::PIDAndRunningApplication& process, const VDActivity* activity) const
+    const PowerManagementAssertions::PIDAndRunningApplication& process, const VDActivity* activity,
+    const ExcludedApplications& excluded) const
 {
     if (!process.bundleIdentifier)
         return std::nullopt;
     const std::string& identifier = *process.bundleIdentifier;
-    if (effectiveExcludedApplications().contains(identifier))
+    if (excluded.contains(identifier))
         return std::nullopt;
     std::string lowercased = TextHelpers::lowercased(identifier);
     if (TextHelpers::hasPrefix(lowercased, "com.steinberg") || TextHelpers::hasPrefix(lowercased, "net.steinberg"))
@@ -261,21 +262,28 @@ std::optional<ApplicationAndMetadata> RunningCallDetector::candidateForApplicati
 std::vector<ApplicationAndMetadata> RunningCallDetector::candidates(
     const PowerManagementAssertions& snapshot, const VDActivity* activity) const
 {
-    auto found = assertionBasedCandidates(snapshot, activity);
+    // The preferences are followed live, but one sample sees one set.
+    auto excluded = effectiveExcludedApplications();
+    auto found = assertionBasedCandidates(snapshot, activity, excluded);
     if (switches.get().browserBasedCallDetectionEnabled)
-        addBrowserCalls(found, snapshot, activity, effectiveExcludedApplications());
+        addBrowserCalls(found, snapshot, activity, excluded);
     return found;
 }
 
 std::vector<ApplicationAndMetadata> RunningCallDetector::assertionBasedCandidates(
     const PowerManagementAssertions& snapshot, const VDActivity* activity) const
 {
+    return assertionBasedCandidates(snapshot, activity, effectiveExcludedApplications());
+}
+
+std::vector<ApplicationAndMetadata> RunningCallDetector::assertionBasedCandidates(
+    const PowerManagementAssertions& snapshot, const VDActivity* activity, const ExcludedApplications& excluded) const
+{
     std::vector<ApplicationAndMetadata> found;
     for (const auto& process : snapshot.appsWithMeetingRelatedPMAssertions) {
-        if (auto candidate = candidateForApplication(process, activity))
+        if (auto candidate = candidateForApplication(process, activity, excluded))
             found.push_back(std::move(*candidate));
     }
-    auto excluded = effectiveExcludedApplications();
     if (firstProcessNameContaining(snapshot, "TeamViewer") && !excluded.contains("TeamViewer"))
         found.push_back({ "TeamViewer", CallMetadata { "TeamViewer", "TeamViewer", std::nullopt, true } });
     if (firstProcessNameContaining(snapshot, "FaceTime") && !excluded.contains("FaceTime"))

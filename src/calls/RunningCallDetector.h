@@ -28,8 +28,10 @@ public:
     // The name a qualifying call is shown under.
     static std::optional<std::string> displayName(const CallMetadata&);
 
+    using ExcludedApplications = std::set<std::string, std::less<>>;
+
     // The applications never taken for calls, as the preferences make them now.
-    static std::set<std::string, std::less<>> effectiveExcludedApplications();
+    static ExcludedApplications effectiveExcludedApplications();
 
     // One sample's candidates from the snapshot alone (meeting-related processes, TeamViewer,
     // FaceTime), without browser calls; changes no state, so the diagnostic dump can show them.
@@ -44,8 +46,11 @@ public:
 
 private:
     std::vector<ApplicationAndMetadata> candidates(const PowerManagementAssertions&, const VDActivity*) const;
+    std::vector<ApplicationAndMetadata> assertionBasedCandidates(
+        const PowerManagementAssertions&, const VDActivity*, const ExcludedApplications&) const;
     std::optional<ApplicationAndMetadata> candidateForApplication(
-        const PowerManagementAssertions::PIDAndRunningApplication&, const VDActivity*) const;
+        const PowerManagementAssertions::PIDAndRunningApplication&, const VDActivity*,
+        const ExcludedApplications&) const;
     void reportMeetingAssertions(const PowerManagementAssertions&);
     void recordSighting(const ApplicationAndMetadata&, Date now);
     void reportParallelCalls(const std::vector<ApplicationAndMetadata>&);

@@ -24,13 +24,18 @@ protected:
     // The printed lines, the operating-system version masked since it is the build machine's.
     std::vector<std::string> dumpedLines()
     {
+        ::testing::internal::CaptureStdout();
         PowerManagementDumper::dumpPowerManagementAssertions();
+        std::string printed = ::testing::internal::GetCapturedStdout();
+        std::string traced;
         std::vector<std::string> lines;
         for (const auto& event : events("stdout")) {
             std::string text = event["text"];
+            traced += text;
             EXPECT_TRUE(text.ends_with('\n')) << text;
             lines.push_back(text.substr(0, text.size() - 1));
         }
+        EXPECT_EQ(traced, printed);
         if (lines.size() > 1 && lines[1].starts_with("macOS Version: ") && lines[1].size() > 15)
             lines[1] = "macOS Version: X";
         return lines;
@@ -104,18 +109,23 @@ TEST_F(PowerManagementDumperTest, CandidatesFollowTheDetectorsRulesAndChangeNoSt
     talk["localizedName"] = "Say \"hi\" \\ Talk";
     Json scenario = desktopWith(zoom);
     scenario["applications"].push_back(talk);
+    scenario["applications"].push_back(application(503, "com.google.Chrome"));
     scenario["preferences"] = { { "RunningCallDetector_appsWithCallTrackingDisabled", { "us.zoom.xos" } } };
     Json both = held("caller", { "audio-in", "audio-out" });
+    // The browser is listed once, by the application rule: the dump leaves browser calls out.
     // Pid 9 belongs to no application and no bundle, so it has no bundle identifier.
-    scenario["powerAssertions"]
-        = { { "501", { both } }, { "502", { both } }, { "9", { both } }, { "10", { held("FaceTime", {}) } } };
+    scenario["powerAssertions"] = { { "501", { both } }, { "502", { both } }, { "503", { both } }, { "9", { both } },
+        { "10", { held("FaceTime", {}) } } };
     load(scenario);
 
     auto lines = dumpedLines();
     EXPECT_EQ(lines.back(),
         "[ApplicationAndMetadata(bundleIdentifier: \"com.example.Talk\", metadata: CallMetadata(serviceName: nil, "
         "appName: \"Say \\\"hi\\\" \\\\ Talk\", meetingTitle: nil, audioInAndOutAssertionsHaveBeenRecordedSeparately: "
-        "false)), ApplicationAndMetadata(bundleIdentifier: \"com.apple.FaceTime\", metadata: CallMetadata("
+        "false)), ApplicationAndMetadata(bundleIdentifier: \"com.google.Chrome\", metadata: CallMetadata("
+        "serviceName: nil, appName: \"com.google.Chrome\", meetingTitle: nil, "
+        "audioInAndOutAssertionsHaveBeenRecordedSeparately: false)), "
+        "ApplicationAndMetadata(bundleIdentifier: \"com.apple.FaceTime\", metadata: CallMetadata("
         "serviceName: \"FaceTime\", appName: \"FaceTime\", meetingTitle: nil, "
         "audioInAndOutAssertionsHaveBeenRecordedSeparately: true))]");
     EXPECT_THAT(RunningCallDetector::sharedInstance().runningCallsByBundleIdentifier(), IsEmpty());
