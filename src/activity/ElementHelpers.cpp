@@ -210,6 +210,30 @@ bool isHeading(const AXUIElement& element)
     return hasRole(element, AX::headingRole);
 }
 
+std::optional<std::string> firstNonEmptyText(const AXUIElement& element, std::initializer_list<const char*> attributes)
+{
+    for (const char* attribute : attributes) {
+        auto text = stringAttribute(attribute, element);
+        if (text && !text->empty())
+            return text;
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> textOfFirstChildWithRole(
+    const AXUIElement& parent, std::initializer_list<const char*> roles, std::initializer_list<const char*> attributes)
+{
+    ElementList parentChildren = children(parent);
+    for (const char* role : roles) {
+        auto candidate = firstElementWithRole(parentChildren, role);
+        if (!candidate)
+            continue;
+        if (auto text = firstNonEmptyText(*candidate, attributes))
+            return text;
+    }
+    return std::nullopt;
+}
+
 ElementList findWebAreas(const AXUIElement& window, VDActivity* activity, WebAreaProbe probe)
 {
     ElementList scrollAreas;

@@ -4,6 +4,7 @@
 #include "platform/VDActivity.h"
 
 #include <functional>
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -40,6 +41,13 @@ std::optional<AXUIElement> firstElementWithRoleAndSubrole(
     const ElementList&, std::string_view role, std::string_view subrole);
 std::optional<AXUIElement> firstElementWithDOMIdentifier(const ElementList&, std::string_view identifier);
 bool isHeading(const AXUIElement&);
+
+// The first non-empty text among the element's attributes, in the order given.
+std::optional<std::string> firstNonEmptyText(const AXUIElement&, std::initializer_list<const char*> attributes);
+// For each role in turn, the first child with that role; the first such child with a non-empty text
+// among the attributes gives it.
+std::optional<std::string> textOfFirstChildWithRole(
+    const AXUIElement& parent, std::initializer_list<const char*> roles, std::initializer_list<const char*> attributes);
 
 struct WebAreaProbe {
     int horizontalOffset = 0;

@@ -293,17 +293,6 @@ PIDAndRunningApplication meetingRelatedApplication(ProcessIdentifier pid, const 
     };
 }
 
-std::string joined(const std::vector<std::string>& parts, std::string_view separator)
-{
-    std::string text;
-    for (size_t index = 0; index < parts.size(); ++index) {
-        if (index > 0)
-            text += separator;
-        text += parts[index];
-    }
-    return text;
-}
-
 void appendIfPresent(std::vector<std::string>& parts, std::string_view label, const std::optional<std::string>& value)
 {
     if (value)
@@ -315,7 +304,7 @@ std::string describeQuoted(const std::set<std::string>& texts)
     std::vector<std::string> quoted;
     for (const std::string& text : texts)
         quoted.push_back("\"" + text + "\"");
-    return "[" + joined(quoted, ", ") + "]";
+    return "[" + TextHelpers::joined(quoted, ", ") + "]";
 }
 
 std::string describe(const std::set<ProcessIdentifier>& pids)
@@ -323,7 +312,7 @@ std::string describe(const std::set<ProcessIdentifier>& pids)
     std::vector<std::string> numbers;
     for (ProcessIdentifier pid : pids)
         numbers.push_back(std::to_string(pid));
-    return "[" + joined(numbers, ", ") + "]";
+    return "[" + TextHelpers::joined(numbers, ", ") + "]";
 }
 
 std::string describe(const RunningApplication& application)
@@ -331,7 +320,7 @@ std::string describe(const RunningApplication& application)
     std::vector<std::string> parts { "pid: " + std::to_string(application.processIdentifier) };
     appendIfPresent(parts, "bundleIdentifier", application.bundleIdentifier);
     appendIfPresent(parts, "localizedName", application.localizedName);
-    return "RunningApplication(" + joined(parts, ", ") + ")";
+    return "RunningApplication(" + TextHelpers::joined(parts, ", ") + ")";
 }
 
 // Every process the dictionary names, as owner or as the process an assertion is held for.
@@ -425,14 +414,14 @@ std::string PowerManagementAssertions::description() const
     std::vector<std::string> applicationLines;
     for (const PIDAndRunningApplication& application : appsWithMeetingRelatedPMAssertions)
         applicationLines.push_back("\t\t" + application.description());
-    return joined(
+    return TextHelpers::joined(
         {
             "PowerManagementAssertions",
-            "\tassertions:\n" + joined(assertionLines, "\n"),
+            "\tassertions:\n" + TextHelpers::joined(assertionLines, "\n"),
             "\tpidsOfAppsWithAudioOutAssertion: " + describe(pidsOfAppsWithAudioOutAssertion),
             "\tpidsOfAppsWithAudioInAssertion: " + describe(pidsOfAppsWithAudioInAssertion),
             "\tpidsOfAppsWithBothAssertions: " + describe(pidsOfAppsWithBothAssertions),
-            "\tappsWithMeetingRelatedPMAssertions:\n" + joined(applicationLines, "\n"),
+            "\tappsWithMeetingRelatedPMAssertions:\n" + TextHelpers::joined(applicationLines, "\n"),
         },
         "\n");
 }
@@ -447,7 +436,7 @@ std::string PowerManagementAssertions::Assertion::description() const
         parts.push_back("startedAt: " + ValueJson::formatIso8601(*startedAt));
     if (resourcesUsed)
         parts.push_back("resourcesUsed: " + describeQuoted(*resourcesUsed));
-    return "Assertion(" + joined(parts, ", ") + ")";
+    return "Assertion(" + TextHelpers::joined(parts, ", ") + ")";
 }
 
 std::string PowerManagementAssertions::PIDAndRunningApplication::description() const
@@ -459,7 +448,7 @@ std::string PowerManagementAssertions::PIDAndRunningApplication::description() c
         parts.push_back("application: " + describe(*application));
     parts.push_back(std::string("audioInAndOutSeparate: ")
         + (audioInAndOutAssertionsHaveBeenRecordedSeparately ? "true" : "false"));
-    return "PIDAndRunningApplication(" + joined(parts, ", ") + ")";
+    return "PIDAndRunningApplication(" + TextHelpers::joined(parts, ", ") + ")";
 }
 
 } // namespace vardel

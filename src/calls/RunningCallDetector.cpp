@@ -330,12 +330,9 @@ void RunningCallDetector::reportParallelCalls(const std::vector<ApplicationAndMe
     for (const auto& candidate : found)
         keys.push_back(candidate.bundleIdentifier);
     std::sort(keys.begin(), keys.end());
-    std::string joined;
-    for (const auto& key : keys)
-        joined += (joined.empty() ? "" : ",") + key;
     logEvent("RunningCallDetector.multipleParallelPMAssertionsDetected",
         { { "numberOfParallelPMAssertions", Value(static_cast<int64_t>(found.size())) },
-            { "bundleIdentifiers", Value(joined) } },
+            { "bundleIdentifiers", Value(TextHelpers::joined(keys, ",")) } },
         AnalyticsFrequency::always, true);
     hasSentAnalyticsEventForMultipleParallelPMAssertions_ = true;
 }

@@ -83,10 +83,7 @@ std::string combined(const std::string& windowTitle, const std::string& toolbarT
         if (std::find(kept.begin(), kept.end(), part) == kept.end())
             kept.push_back(std::move(part));
     }
-    std::string joined;
-    for (const std::string& part : kept)
-        joined += (joined.empty() ? "" : std::string(separator)) + part;
-    return joined;
+    return TextHelpers::joined(kept, separator);
 }
 
 std::optional<std::string> conversationTitle(const AXUIElement& window)

@@ -116,17 +116,6 @@ std::vector<std::string> split(std::string_view text, std::string_view separator
     }
 }
 
-std::string joined(const std::vector<std::string>& parts, std::string_view separator)
-{
-    std::string text;
-    for (size_t index = 0; index < parts.size(); ++index) {
-        if (index > 0)
-            text += separator;
-        text += parts[index];
-    }
-    return text;
-}
-
 void markPrivateByTitle(VDActivityDetails& details)
 {
     if (details.windowTitle && mentionsAny(*details.windowTitle, titlePrivatePhrases.get()))
@@ -170,7 +159,7 @@ void moveProfileToTheEnd(VDActivity& activity)
     if (!menu || !historyMenuNamesProfile(*menu, parts.front()))
         return;
     std::rotate(parts.begin(), parts.begin() + 1, parts.end());
-    title = joined(parts, profileSeparator);
+    title = TextHelpers::joined(parts, profileSeparator);
 }
 
 // In full screen the toolbar sits in the window's first group rather than in the window.

@@ -74,29 +74,6 @@ std::optional<AXUIElement> conversationHeader(const AXUIElement& webArea)
     return group;
 }
 
-std::optional<std::string> textOf(const AXUIElement& element)
-{
-    for (const char* attribute : { AX::value, AX::title, AX::description }) {
-        auto text = stringAttribute(attribute, element);
-        if (text && !text->empty())
-            return text;
-    }
-    return std::nullopt;
-}
-
-std::optional<std::string> nameInHeader(const AXUIElement& header)
-{
-    ElementList headerChildren = children(header);
-    for (const char* role : { buttonRole, staticTextRole }) {
-        auto candidate = firstElementWithRole(headerChildren, role);
-        if (!candidate)
-            continue;
-        if (auto text = textOf(*candidate))
-            return text;
-    }
-    return std::nullopt;
-}
-
 std::optional<std::string> conversationNameInWindow(const AXUIElement& window, VDActivity& activity)
 {
     ElementList webAreas = findWebAreas(window, &activity);
@@ -105,7 +82,8 @@ std::optional<std::string> conversationNameInWindow(const AXUIElement& window, V
     auto header = conversationHeader(webAreas.front());
     if (!header)
         return std::nullopt;
-    auto name = nameInHeader(*header);
+    auto name
+        = textOfFirstChildWithRole(*header, { buttonRole, staticTextRole }, { AX::value, AX::title, AX::description });
     if (!name)
         return std::nullopt;
     std::string cleaned = TextHelpers::removingInvisibleControlCharacters(*name);

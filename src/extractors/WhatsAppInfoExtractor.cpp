@@ -99,36 +99,15 @@ std::optional<AXUIElement> webHeader(const AXUIElement& webArea)
     return std::nullopt;
 }
 
-std::optional<std::string> textOf(const AXUIElement& element)
-{
-    for (const char* attribute : { AX::value, AX::description }) {
-        auto text = stringAttribute(attribute, element);
-        if (text && !text->empty())
-            return text;
-    }
-    return std::nullopt;
-}
-
-std::optional<std::string> nameInWebHeader(const AXUIElement& header)
-{
-    ElementList headerChildren = children(header);
-    for (const char* role : { buttonRole, staticTextRole }) {
-        auto candidate = firstElementWithRole(headerChildren, role);
-        if (!candidate)
-            continue;
-        if (auto text = textOf(*candidate))
-            return text;
-    }
-    return std::nullopt;
-}
-
 std::optional<std::string> webNameInWindow(const AXUIElement& window, VDActivity& activity)
 {
     ElementList webAreas = findWebAreas(window, &activity);
     if (webAreas.empty())
         return std::nullopt;
     auto header = webHeader(webAreas.front());
-    return header ? cleanedName(nameInWebHeader(*header)) : std::nullopt;
+    return header
+        ? cleanedName(textOfFirstChildWithRole(*header, { buttonRole, staticTextRole }, { AX::value, AX::description }))
+        : std::nullopt;
 }
 
 std::optional<std::string> webName(VDActivity& activity)

@@ -164,6 +164,17 @@ std::vector<std::string> componentsSeparatedBy(std::string_view text, std::strin
     return components;
 }
 
+std::string joined(const std::vector<std::string>& parts, std::string_view separator)
+{
+    std::string text;
+    for (size_t index = 0; index < parts.size(); ++index) {
+        if (index > 0)
+            text += separator;
+        text += parts[index];
+    }
+    return text;
+}
+
 std::string removingTrailingEmojiAndWhitespace(std::string_view text)
 {
     auto unicodeText = toUnicode(text);

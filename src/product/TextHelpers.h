@@ -30,6 +30,9 @@ bool contains(std::string_view text, std::string_view part);
 // included. An empty separator gives the whole text.
 std::vector<std::string> componentsSeparatedBy(std::string_view text, std::string_view separator);
 
+// The parts with the separator between each two.
+std::string joined(const std::vector<std::string>& parts, std::string_view separator);
+
 // Every occurrence of the character (a code point) removed.
 std::string removingCodePoint(std::string_view text, char32_t codePoint);
 
