@@ -1,6 +1,7 @@
 #pragma once
 
 #include "calls/CallProperties.h"
+#include "product/TaskActivity.h"
 
 #include <cstdint>
 #include <functional>
@@ -17,9 +18,10 @@ public:
 
     // A database that takes time entries, and no task timer running.
     virtual bool canOfferTimeEntries() = 0;
-    // Saves the call without asking; the new entry's identifier when one was created.
-    virtual std::optional<int64_t> saveTimeEntry(const CallProperties&, const std::string& key) = 0;
-    virtual void editTimeEntry(int64_t entry) = 0;
+    // Saves the call without asking; the new entry when one was created.
+    virtual std::optional<TaskActivity> saveTimeEntry(const CallProperties&, const std::string& key) = 0;
+    // Opens a saved entry in the editor, for the user to correct it.
+    virtual void editTimeEntry(const TaskActivity& entry) = 0;
     virtual void presentCallEditor(const CallProperties&, const std::string& key) = 0;
     virtual void requestNotificationPermission(std::function<void(bool granted)> answer) = 0;
     virtual void presentCallEndedNotification(const CallProperties&, const std::string& key) = 0;

@@ -24,6 +24,7 @@ namespace {
 constexpr const char* fileLabel = "RunningCallDetector";
 constexpr int immediateSaveLine = 622;
 constexpr int editorSaveLine = 784;
+constexpr int editedEntryLine = 640;
 
 PreferenceStore& preferences()
 {
@@ -115,23 +116,29 @@ bool CallTimeEntryOffers::canOfferTimeEntries()
         && !OngoingTaskActivityManager(platform().runningTasks()).hasRunningActivity();
 }
 
-std::optional<int64_t> CallTimeEntryOffers::saveTimeEntry(const CallProperties& call, const std::string&)
+std::optional<TaskActivity> CallTimeEntryOffers::saveTimeEntry(const CallProperties& call, const std::string&)
 {
     Database* database = DatabaseWrapper::sharedInstance().database();
     auto title = RunningCallDetector::callTitle(call.metadata);
     if (!database || !title)
         return std::nullopt;
-    auto entry = database->mutateOrPresentError(fileLabel, immediateSaveLine, [&](DatabaseTransaction& transaction) {
+    return database->mutateOrPresentError(fileLabel, immediateSaveLine, [&](DatabaseTransaction& transaction) {
         return transaction.createTaskActivity(descriptorFor(call, *title), true);
     });
-    if (!entry)
-        return std::nullopt;
-    return entry->identifier;
 }
 
-void CallTimeEntryOffers::editTimeEntry(int64_t entry)
+void CallTimeEntryOffers::editTimeEntry(const TaskActivity& entry)
 {
-    platform().log().info("Opening time entry " + std::to_string(entry) + " in the editor");
+    const TaskActivityDescriptor& saved = entry.descriptor;
+    TimeEntryProposal proposal { "Edit Time Entry", saved.start, saved.end, saved.title, saved.project };
+    platform().timeEntryEditor().present(proposal, [entry](const TimeEntryProposal& edited) {
+        Database* database = DatabaseWrapper::sharedInstance().database();
+        if (!database)
+            return;
+        TaskActivityDescriptor changed { edited.start, edited.end, edited.title, edited.project };
+        database->mutateOrPresentError(fileLabel, editedEntryLine,
+            [&](DatabaseTransaction& transaction) { return transaction.updateTaskActivity(entry, changed, true); });
+    });
 }
 
 void CallTimeEntryOffers::presentCallEditor(const CallProperties& call, const std::string& key)

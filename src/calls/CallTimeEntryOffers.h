@@ -17,8 +17,8 @@ public:
     void registerNotificationCategory();
 
     bool canOfferTimeEntries() override;
-    std::optional<int64_t> saveTimeEntry(const CallProperties&, const std::string& key) override;
-    void editTimeEntry(int64_t entry) override;
+    std::optional<TaskActivity> saveTimeEntry(const CallProperties&, const std::string& key) override;
+    void editTimeEntry(const TaskActivity& entry) override;
     void presentCallEditor(const CallProperties&, const std::string& key) override;
     void requestNotificationPermission(std::function<void(bool granted)> answer) override;
     void presentCallEndedNotification(const CallProperties&, const std::string& key) override;

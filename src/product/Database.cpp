@@ -99,7 +99,7 @@ std::optional<DatabaseError> Database::runMutation(
     auto failure = connection_.writeTransaction([&] { return operation(transaction); });
     // Entries are traced only once they are committed, so the trace never shows a rolled-back one.
     if (!failure) {
-        for (const TaskActivity& entry : transaction.createdEntries())
+        for (const TaskActivity& entry : transaction.savedEntries())
             traceSavedEntry(entry);
     }
     return failure;

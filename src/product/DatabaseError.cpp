@@ -18,6 +18,8 @@ const char* kindName(DatabaseError::Kind kind)
         return "tooShort";
     case DatabaseError::Kind::endsBeforeStart:
         return "endsBeforeStart";
+    case DatabaseError::Kind::notFound:
+        return "notFound";
     case DatabaseError::Kind::statementFailed:
         return "statementFailed";
     }

@@ -17,6 +17,8 @@ struct DatabaseError {
         tooShort,
         // A time entry that ends before it starts.
         endsBeforeStart,
+        // A time entry to change that is not stored (any more).
+        notFound,
         // SQLite failed a statement (disk full, locked, I/O error).
         statementFailed,
     };

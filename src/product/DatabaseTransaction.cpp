@@ -45,8 +45,33 @@ DatabaseResult<TaskActivity> DatabaseTransaction::createTaskActivity(
     if (!done.ok())
         return done.error();
     TaskActivity created { connection_.lastInsertRowIdentifier(), descriptor, now_ };
-    createdEntries_.push_back(created);
+    savedEntries_.push_back(created);
     return created;
+}
+
+DatabaseResult<TaskActivity> DatabaseTransaction::updateTaskActivity(
+    const TaskActivity& entry, const TaskActivityDescriptor& descriptor, bool preventTooShortDurations)
+{
+    if (auto refused = refusal(descriptor, preventTooShortDurations))
+        return *refused;
+    auto prepared = connection_.prepare(
+        "UPDATE time_entries SET started_at = ?1, ended_at = ?2, title = ?3, project = ?4 WHERE id = ?5");
+    if (!prepared.ok())
+        return prepared.error();
+    SqliteStatement update = std::move(prepared).value();
+    update.bind(1, descriptor.start.secondsSince1970);
+    update.bind(2, descriptor.end.secondsSince1970);
+    update.bind(3, std::string_view(descriptor.title));
+    update.bind(4, descriptor.project);
+    update.bind(5, entry.identifier);
+    auto done = update.step();
+    if (!done.ok())
+        return done.error();
+    if (connection_.changes() == 0)
+        return DatabaseError { DatabaseError::Kind::notFound, "The time entry no longer exists." };
+    TaskActivity updated { entry.identifier, descriptor, entry.createdAt };
+    savedEntries_.push_back(updated);
+    return updated;
 }
 
 } // namespace vardel

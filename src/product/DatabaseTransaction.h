@@ -19,8 +19,14 @@ public:
     // is always refused.
     DatabaseResult<TaskActivity> createTaskActivity(const TaskActivityDescriptor&, bool preventTooShortDurations);
 
-    // The entries created so far, in order; they exist for others only once the transaction commits.
-    const std::vector<TaskActivity>& createdEntries() const { return createdEntries_; }
+    // Replaces what the entry records, under the same rules as creating it; an entry that does not
+    // exist is an error.
+    DatabaseResult<TaskActivity> updateTaskActivity(
+        const TaskActivity& entry, const TaskActivityDescriptor&, bool preventTooShortDurations);
+
+    // The entries created or changed so far, in order; others see them only once the transaction
+    // commits.
+    const std::vector<TaskActivity>& savedEntries() const { return savedEntries_; }
 
 private:
     friend class Database;
@@ -28,7 +34,7 @@ private:
 
     SqliteConnection& connection_;
     Date now_;
-    std::vector<TaskActivity> createdEntries_;
+    std::vector<TaskActivity> savedEntries_;
 };
 
 } // namespace vardel

@@ -82,6 +82,11 @@ int64_t SqliteConnection::lastInsertRowIdentifier() const
     return sqlite3_last_insert_rowid(connection_.get());
 }
 
+int SqliteConnection::changes() const
+{
+    return sqlite3_changes(connection_.get());
+}
+
 DatabaseError SqliteConnection::failure() const
 {
     return DatabaseError::statementFailure(sqlite3_errmsg(connection_.get()));

@@ -28,6 +28,8 @@ public:
     // commits when the body returns no error, and rolls back on an error or an exception.
     std::optional<DatabaseError> writeTransaction(const std::function<std::optional<DatabaseError>()>& body);
     int64_t lastInsertRowIdentifier() const;
+    // The rows that the last statement changed.
+    int changes() const;
 
 private:
     struct Closer {

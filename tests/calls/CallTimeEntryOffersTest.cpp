@@ -22,6 +22,7 @@ protected:
         Json scenario = desktopWith(application(501, "us.zoom.xos"));
         scenario["preferences"] = { { "RunningCallDetector_appsWithCallTrackingDisabled", { "com.example.Other" } } };
         scenario["timeline"] = { { { "at", 100 }, { "runningTask", { { "title", "Focus" }, { "since", 100 } } } } };
+        scenario["editorAnswers"] = { { { "action", "save" }, { "title", "Zoom call with Anna" } } };
         load(scenario);
         DatabaseWrapper::sharedInstance().configure(folder.path());
         SupportRequests::sharedInstance().configure(folder.path());
@@ -93,7 +94,12 @@ TEST_F(CallTimeEntryOffersTest, ClickingOpensTheEditorOnlyForAReadablePayload)
     auto editors = events("editor");
     ASSERT_EQ(editors.size(), 1u);
     EXPECT_EQ(editors[0]["title"], "Zoom call");
-    EXPECT_EQ(events("analytics").back()["name"], "RunningCallDetector.createTask.started");
+    auto analytics = events("analytics");
+    ASSERT_GE(analytics.size(), 2u);
+    EXPECT_EQ(analytics[analytics.size() - 2]["name"], "RunningCallDetector.createTask.started");
+    // The editor was saved with a title of the user's own.
+    EXPECT_EQ(analytics.back()["name"], "RunningCallDetector.createTask.saved");
+    EXPECT_EQ(events("timeEntry").back()["title"], "Zoom call with Anna");
 }
 
 TEST_F(CallTimeEntryOffersTest, NotAskingAgainForAnApplicationStoresItOnce)
@@ -126,6 +132,21 @@ TEST_F(CallTimeEntryOffersTest, AFalsePositiveReportCarriesTheAssertionDumpEvenW
     EXPECT_EQ(dump.rfind("Dump created at: 2026-01-05T09:00:00Z\n", 0), 0u) << dump;
     EXPECT_NE(dump.find("PowerManagementAssertions.pmAssertionsDictionary:"), std::string::npos);
     EXPECT_EQ(events("supportRequest").size(), 1u);
+}
+
+TEST_F(CallTimeEntryOffersTest, ASavedEntryOpensInTheEditorAndTheCorrectionIsStored)
+{
+    auto saved = offers.saveTimeEntry(zoomCall, "us.zoom.xos");
+    ASSERT_TRUE(saved);
+    offers.editTimeEntry(*saved);
+    auto editors = events("editor");
+    ASSERT_EQ(editors.size(), 1u);
+    EXPECT_EQ(editors[0]["title"], "Zoom call");
+    auto entries = DatabaseWrapper::sharedInstance().database()->entriesInRange(Date { 0 }, Date { 4e9 });
+    ASSERT_TRUE(entries.ok());
+    ASSERT_EQ(entries.value().size(), 1u);
+    EXPECT_EQ(entries.value()[0].descriptor.title, "Zoom call with Anna");
+    EXPECT_EQ(events("timeEntry").size(), 2u);
 }
 
 TEST_F(CallTimeEntryOffersTest, ImmediateSavesAreRefusedBelowAMinuteAndWhileATaskRuns)

@@ -21,12 +21,15 @@ public:
     std::vector<std::string> requests;
 
     bool canOfferTimeEntries() override { return canOffer; }
-    std::optional<int64_t> saveTimeEntry(const CallProperties& call, const std::string& key) override
+    std::optional<TaskActivity> saveTimeEntry(const CallProperties& call, const std::string& key) override
     {
         requests.push_back("save " + key + " " + std::to_string(static_cast<int>(call.duration())));
-        return 7;
+        return TaskActivity { 7, {}, {} };
     }
-    void editTimeEntry(int64_t entry) override { requests.push_back("edit " + std::to_string(entry)); }
+    void editTimeEntry(const TaskActivity& entry) override
+    {
+        requests.push_back("edit " + std::to_string(entry.identifier));
+    }
     void presentCallEditor(const CallProperties&, const std::string& key) override
     {
         requests.push_back("editor " + key);
