@@ -364,7 +364,7 @@ std::optional<std::string> AccessibilityCallDetection::notificationCenterCallTit
 
 std::optional<ApplicationAndMetadata> AccessibilityCallDetection::browserCall(
     const PowerManagementAssertions::PIDAndRunningApplication& process, const VDActivity* activity,
-    const std::set<std::string, std::less<>>& excludedApplications)
+    const ExcludedApplications& excludedApplications)
 {
     if (!process.bundleIdentifier || process.bundleIdentifier->empty())
         return std::nullopt;

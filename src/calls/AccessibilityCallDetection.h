@@ -1,6 +1,7 @@
 #pragma once
 
 #include "calls/CallProperties.h"
+#include "calls/ExcludedApplications.h"
 #include "calls/PowerManagementAssertions.h"
 #include "platform/VDActivity.h"
 #include "platform/Workspace.h"
@@ -26,7 +27,7 @@ public:
     // A call held in a browser process, keyed by the process's bundle identifier; the service and
     // meeting title are known only for a few sites.
     static std::optional<ApplicationAndMetadata> browserCall(const PowerManagementAssertions::PIDAndRunningApplication&,
-        const VDActivity*, const std::set<std::string, std::less<>>& excludedApplications);
+        const VDActivity*, const ExcludedApplications& excludedApplications);
 };
 
 } // namespace vardel

@@ -145,7 +145,7 @@ std::optional<std::string> faceTimeCallTitle()
 // A browser already taken as an unknown application is replaced by its browser call, so that one
 // call never counts twice in a sample.
 void addBrowserCalls(std::vector<ApplicationAndMetadata>& found, const PowerManagementAssertions& snapshot,
-    const VDActivity* activity, const std::set<std::string, std::less<>>& excluded)
+    const VDActivity* activity, const ExcludedApplications& excluded)
 {
     for (const auto& process : snapshot.appsWithMeetingRelatedPMAssertions) {
         auto call = AccessibilityCallDetection::browserCall(process, activity, excluded);
@@ -226,16 +226,9 @@ std::optional<std::string> RunningCallDetector::descriptionOfRunningCalls() cons
     return description;
 }
 
-RunningCallDetector::ExcludedApplications RunningCallDetector::effectiveExcludedApplications()
+ExcludedApplications RunningCallDetector::effectiveExcludedApplications()
 {
-    auto excluded = CallApplicationTables::callTrackingExcludedApplications();
-    if (auto disabled = preferences().getStringList("RunningCallDetector_appsWithCallTrackingDisabled"))
-        excluded.insert(disabled->begin(), disabled->end());
-    if (auto enabled = preferences().getStringList("RunningCallDetector_appsWithCallTrackingEnabled")) {
-        for (const std::string& identifier : *enabled)
-            excluded.erase(identifier);
-    }
-    return excluded;
+    return ExcludedApplications::current();
 }
 
 std::optional<ApplicationAndMetadata> RunningCallDetector::candidateForApplication(

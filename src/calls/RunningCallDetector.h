@@ -2,6 +2,7 @@
 
 #include "calls/CallEndReaction.h"
 #include "calls/CallProperties.h"
+#include "calls/ExcludedApplications.h"
 #include "calls/PowerManagementAssertions.h"
 #include "platform/InfoLoggerCallDetector.h"
 
@@ -27,8 +28,6 @@ public:
     static std::optional<std::string> callTitle(const CallMetadata&);
     // The name a qualifying call is shown under.
     static std::optional<std::string> displayName(const CallMetadata&);
-
-    using ExcludedApplications = std::set<std::string, std::less<>>;
 
     // The applications never taken for calls, as the preferences make them now.
     static ExcludedApplications effectiveExcludedApplications();

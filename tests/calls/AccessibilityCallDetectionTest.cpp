@@ -101,7 +101,7 @@ protected:
 
     std::optional<ApplicationAndMetadata> browserCall(
         const PowerManagementAssertions::PIDAndRunningApplication& process, const VDActivity& activity,
-        const std::set<std::string, std::less<>>& excluded = {})
+        const ExcludedApplications& excluded = ExcludedApplications())
     {
         load(desktopWith(application(800, "com.google.Chrome")));
         return AccessibilityCallDetection::browserCall(process, &activity, excluded);
@@ -193,7 +193,8 @@ TEST_F(AccessibilityCallDetectionTest, OtherBrowserCallsHaveNoServiceAndOnlyBrow
     EXPECT_EQ(other->metadata, (CallMetadata { std::nullopt, "Google Chrome", std::nullopt, true }));
 
     auto meet = activityOf("com.google.Chrome", "Meet - Design review", "https://meet.google.com/abc");
-    EXPECT_EQ(browserCall(browserProcess("com.google.Chrome"), meet, { "com.google.Chrome" }), std::nullopt);
+    EXPECT_EQ(browserCall(browserProcess("com.google.Chrome"), meet, ExcludedApplications({ "com.google.Chrome" })),
+        std::nullopt);
     EXPECT_EQ(browserCall(browserProcess("us.zoom.xos", "zoom.us"), meet), std::nullopt);
     EXPECT_EQ(browserCall(browserProcess(""), meet), std::nullopt);
 }
