@@ -29,6 +29,17 @@ TEST(MoreCallScenariosTest, AHuddleIsSavedWithItsTitleAndOpenedForCorrection)
     EXPECT_EQ(entries[1]["project"], "Design");
 }
 
+TEST(MoreCallScenariosTest, AMeetingInABrowserIsNamedByItsSiteAndTitle)
+{
+    TrackerRun run = runTracker(scenarios / "browser-meeting.json");
+    ASSERT_EQ(run.exitStatus, 0) << run.standardError;
+    EXPECT_EQ(run.events("sample")[10]["calls"]["descriptionOfRunningCalls"], "Google Meet call: Design review (10s)");
+    auto notifications = run.events("notification");
+    ASSERT_EQ(notifications.size(), 1u);
+    EXPECT_EQ(notifications[0]["title"], "Google Meet call has ended (1m 59s): Design review");
+    EXPECT_EQ(notifications[0]["userInfo"]["bundleIdentifier"], "com.google.Chrome");
+}
+
 TEST(MoreCallScenariosTest, ACallWhileATaskTimerRunsEndsWithoutAnOffer)
 {
     TrackerRun run = runTracker(scenarios / "call-during-task.json");
