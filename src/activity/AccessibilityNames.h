@@ -41,6 +41,13 @@ inline constexpr const char* headingRole = "AXHeading";
 inline constexpr const char* webAreaRole = "AXWebArea";
 inline constexpr const char* popUpButtonRole = "AXPopUpButton";
 inline constexpr const char* tabPanelRole = "AXTabPanel";
+inline constexpr const char* staticTextRole = "AXStaticText";
+inline constexpr const char* splitGroupRole = "AXSplitGroup";
+inline constexpr const char* toolbarRole = "AXToolbar";
+inline constexpr const char* buttonRole = "AXButton";
+inline constexpr const char* textFieldRole = "AXTextField";
+inline constexpr const char* tableRole = "AXTable";
+inline constexpr const char* outlineRole = "AXOutline";
 
 // Subroles.
 inline constexpr const char* landmarkBannerSubrole = "AXLandmarkBanner";

@@ -34,9 +34,6 @@ constexpr std::string_view teamsTitleSeparator = " | ";
 constexpr std::string_view audioIndicator = " \U0001F50A";
 constexpr std::string_view browserTitleSeparator = " \u2013 ";
 constexpr std::array callControlLabels = { "Calling indicators", "Meeting controls", "Calling controls" };
-constexpr const char* toolbarRole = "AXToolbar";
-constexpr const char* staticTextRole = "AXStaticText";
-constexpr const char* buttonRole = "AXButton";
 
 // The notification centre's tree can refer back to itself; the depth bound alone does not keep the
 // walk small.
@@ -160,7 +157,7 @@ std::optional<AXUIElement> descendant(const AXUIElement& element, const ElementH
 
 bool showsRunningCallDuration(const AXUIElement& body)
 {
-    auto toolbar = descendant(body, [](const AXUIElement& element) { return hasRole(element, toolbarRole); });
+    auto toolbar = descendant(body, [](const AXUIElement& element) { return hasRole(element, AX::toolbarRole); });
     if (!toolbar)
         return false;
     auto duration = descendant(*toolbar, [](const AXUIElement& element) {
@@ -168,7 +165,7 @@ bool showsRunningCallDuration(const AXUIElement& body)
     });
     if (!duration)
         return false;
-    auto text = descendant(*duration, [](const AXUIElement& element) { return hasRole(element, staticTextRole); });
+    auto text = descendant(*duration, [](const AXUIElement& element) { return hasRole(element, AX::staticTextRole); });
     auto value = text ? ElementHelpers::valueText(*text) : std::nullopt;
     return value && matches(callDurationPattern(), *value);
 }
@@ -216,7 +213,7 @@ std::vector<std::string> staticTexts(const ElementList& elements)
 {
     std::vector<std::string> texts;
     for (const AXUIElement& element : elements) {
-        if (!hasRole(element, staticTextRole))
+        if (!hasRole(element, AX::staticTextRole))
             continue;
         auto value = ElementHelpers::valueText(element);
         if (!value)
@@ -232,7 +229,7 @@ std::vector<std::string> staticTexts(const ElementList& elements)
 bool hasFaceTimeButton(const ElementList& elements)
 {
     return std::any_of(elements.begin(), elements.end(), [](const AXUIElement& element) {
-        if (!hasRole(element, buttonRole))
+        if (!hasRole(element, AX::buttonRole))
             return false;
         auto description = ElementHelpers::stringAttribute(AX::description, element);
         return description && TextHelpers::contains(TextHelpers::lowercased(*description), "facetime");

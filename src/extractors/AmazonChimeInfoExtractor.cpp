@@ -13,21 +13,18 @@ namespace {
 
 using namespace ElementHelpers;
 
-constexpr const char* splitGroupRole = "AXSplitGroup";
-constexpr const char* staticTextRole = "AXStaticText";
-
 // The window is split into the conversation list and the conversation; the latter's first group
 // opens with the conversation's name.
 std::optional<std::string> conversationNameInWindow(const AXUIElement& window)
 {
-    auto splitGroup = firstElementWithRole(children(window), splitGroupRole);
+    auto splitGroup = firstElementWithRole(children(window), AX::splitGroupRole);
     if (!splitGroup)
         return std::nullopt;
     auto conversation = firstElementWithRole(children(*splitGroup), AX::groupRole);
     if (!conversation)
         return std::nullopt;
     for (const AXUIElement& child : children(*conversation)) {
-        if (roleText(child) != staticTextRole)
+        if (roleText(child) != AX::staticTextRole)
             continue;
         auto text = valueText(child);
         if (text && !text->empty())

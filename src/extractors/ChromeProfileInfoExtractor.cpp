@@ -12,7 +12,6 @@ namespace vardel {
 
 namespace {
 
-constexpr const char* toolbarRole = "AXToolbar";
 constexpr const char* profileButtonClass = "AvatarToolbarButton";
 // Between the page title and the profile name: space, en dash, space.
 constexpr std::string_view profileSeparator = " \u2013 ";
@@ -29,7 +28,7 @@ std::optional<AXUIElement> toolbarOf(const AXUIElement& window)
         reached = ElementHelpers::firstElementWithRole(ElementHelpers::children(*reached), AX::groupRole);
     if (!reached)
         return std::nullopt;
-    return ElementHelpers::firstElementWithRole(ElementHelpers::children(*reached), toolbarRole);
+    return ElementHelpers::firstElementWithRole(ElementHelpers::children(*reached), AX::toolbarRole);
 }
 
 std::optional<AXUIElement> profileButton(const AXUIElement& toolbar)

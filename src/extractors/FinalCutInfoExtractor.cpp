@@ -26,8 +26,6 @@ namespace {
 
 using ElementHelpers::ElementList;
 
-constexpr const char* splitGroupRole = "AXSplitGroup";
-constexpr const char* outlineRole = "AXOutline";
 constexpr const char* rowRole = "AXRow";
 // Outlines are seldom more than a few levels deep; the bound only stops rows that disclose each
 // other in a circle.
@@ -47,7 +45,7 @@ ElementList panes(const AXUIElement& splitGroup)
     for (const AXUIElement& child : ElementHelpers::children(splitGroup)) {
         if (ElementHelpers::roleText(child) != AX::groupRole)
             continue;
-        if (auto inner = firstChildWithRole(child, splitGroupRole))
+        if (auto inner = firstChildWithRole(child, AX::splitGroupRole))
             paneSplitGroups.push_back(*inner);
     }
     return ElementHelpers::childrenOfElements(paneSplitGroups);
@@ -79,7 +77,7 @@ std::optional<AXUIElement> outlineInContents(const AXUIElement& element)
 {
     if (ElementHelpers::roleText(element) != AX::scrollAreaRole)
         return std::nullopt;
-    return ElementHelpers::firstElementWithRole(ElementHelpers::contents(element), outlineRole);
+    return ElementHelpers::firstElementWithRole(ElementHelpers::contents(element), AX::outlineRole);
 }
 
 std::optional<AXUIElement> firstOutline(const ElementList& orderedPanes)
@@ -98,8 +96,8 @@ std::optional<AXUIElement> firstOutline(const ElementList& orderedPanes)
 std::optional<AXUIElement> secondOutline(const ElementList& orderedPanes)
 {
     auto element
-        = ElementHelpers::firstElementWithRole(ElementHelpers::childrenOfElements(orderedPanes), splitGroupRole);
-    for (const char* role : { AX::scrollAreaRole, outlineRole }) {
+        = ElementHelpers::firstElementWithRole(ElementHelpers::childrenOfElements(orderedPanes), AX::splitGroupRole);
+    for (const char* role : { AX::scrollAreaRole, AX::outlineRole }) {
         if (!element)
             return std::nullopt;
         element = firstChildWithRole(*element, role);
@@ -163,7 +161,7 @@ void appendTexts(std::vector<std::string>& texts, const std::optional<AXUIElemen
 std::vector<std::string> selectionPath(const AXUIElement& window)
 {
     std::vector<std::string> texts;
-    auto splitGroup = firstChildWithRole(window, splitGroupRole);
+    auto splitGroup = firstChildWithRole(window, AX::splitGroupRole);
     if (!splitGroup)
         return texts;
     ElementList orderedPanes = orderedTopToBottom(panes(*splitGroup));

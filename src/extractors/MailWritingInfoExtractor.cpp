@@ -18,9 +18,6 @@ namespace {
 using ElementHelpers::ElementList;
 using FieldsByRole = std::map<std::string, ElementList, std::less<>>;
 
-constexpr const char* splitGroupRole = "AXSplitGroup";
-constexpr const char* staticTextRole = "AXStaticText";
-constexpr const char* textFieldRole = "AXTextField";
 constexpr const char* textAttachmentSubrole = "AXTextAttachment";
 
 // The tracker's string table holds English texts only: these are its "From: %@" and "To: %@".
@@ -31,17 +28,17 @@ constexpr std::string_view recipientSeparator = ", ";
 ElementList headerFields(const AXUIElement& window)
 {
     ElementList fields = ElementHelpers::children(window);
-    if (!fields.empty() && ElementHelpers::roleText(fields.front()) == splitGroupRole)
+    if (!fields.empty() && ElementHelpers::roleText(fields.front()) == AX::splitGroupRole)
         return ElementHelpers::children(fields.front());
     return fields;
 }
 
 bool isComposeHeader(const ElementList& fields)
 {
-    if (fields.size() < 3 || ElementHelpers::roleText(fields[0]) != staticTextRole)
+    if (fields.size() < 3 || ElementHelpers::roleText(fields[0]) != AX::staticTextRole)
         return false;
     auto label = ElementHelpers::valueText(fields[0]);
-    return label && TextHelpers::contains(*label, ":") && ElementHelpers::roleText(fields[1]) == textFieldRole;
+    return label && TextHelpers::contains(*label, ":") && ElementHelpers::roleText(fields[1]) == AX::textFieldRole;
 }
 
 FieldsByRole groupedByRole(const ElementList& fields)
@@ -95,7 +92,7 @@ std::vector<std::string> composeContext(const ElementList& fields)
     std::vector<std::string> context;
     if (auto sender = senderAddress(fieldsWithRole(grouped, AX::popUpButtonRole)))
         context.push_back(std::string(senderLinePrefix) + *sender);
-    const ElementList& textFields = fieldsWithRole(grouped, textFieldRole);
+    const ElementList& textFields = fieldsWithRole(grouped, AX::textFieldRole);
     if (textFields.empty())
         return context;
     context.push_back(std::string(recipientLinePrefix) + recipientList(textFields.front()));

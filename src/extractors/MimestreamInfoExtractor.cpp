@@ -17,9 +17,6 @@ using ElementHelpers::ElementList;
 
 constexpr const char* composeWindowIdentifier = "ComposeWindow";
 constexpr const char* newMessageTitle = "New Message";
-constexpr const char* splitGroupRole = "AXSplitGroup";
-constexpr const char* tableRole = "AXTable";
-constexpr const char* staticTextRole = "AXStaticText";
 // Assigned by the application's interface builder, so it may change with a new version.
 constexpr const char* messageTextIdentifier = "_NS:129";
 
@@ -49,11 +46,11 @@ std::vector<std::string> composeContext(const AXUIElement& window)
 // The children of the selected message's first cell.
 ElementList selectedMessageTexts(const AXUIElement& window)
 {
-    auto splitGroup = childWithRole(window, splitGroupRole);
+    auto splitGroup = childWithRole(window, AX::splitGroupRole);
     if (!splitGroup)
         return {};
     auto messageList = ElementHelpers::lastElementWithRole(ElementHelpers::children(*splitGroup), AX::scrollAreaRole);
-    auto table = messageList ? childWithRole(*messageList, tableRole) : std::nullopt;
+    auto table = messageList ? childWithRole(*messageList, AX::tableRole) : std::nullopt;
     if (!table)
         return {};
     ElementList rows = ElementHelpers::selectedRows(*table);
@@ -77,7 +74,7 @@ std::vector<std::string> mailboxContext(const AXUIElement& window)
     std::vector<std::string> context;
     appendIfNonEmpty(context, ElementHelpers::titleText(window));
     ElementList texts = selectedMessageTexts(window);
-    if (auto first = ElementHelpers::firstElementWithRole(texts, staticTextRole))
+    if (auto first = ElementHelpers::firstElementWithRole(texts, AX::staticTextRole))
         appendIfNonEmpty(context, ElementHelpers::valueText(*first));
     if (auto identified = elementWithIdentifier(texts, messageTextIdentifier))
         appendIfNonEmpty(context, ElementHelpers::valueText(*identified));

@@ -35,14 +35,8 @@ namespace {
 using ElementHelpers::ElementList;
 using Texts = std::vector<std::string>;
 
-constexpr const char* splitGroupRole = "AXSplitGroup";
-constexpr const char* outlineRole = "AXOutline";
-constexpr const char* tableRole = "AXTable";
 constexpr const char* cellRole = "AXCell";
 constexpr const char* imageRole = "AXImage";
-constexpr const char* buttonRole = "AXButton";
-constexpr const char* staticTextRole = "AXStaticText";
-constexpr const char* textFieldRole = "AXTextField";
 constexpr const char* disclosedByRowAttribute = "AXDisclosedByRow";
 constexpr const char* headerIdentifier = "HeaderMainContainer";
 constexpr const char* senderHeaderIdentifier = "messageHeaderFromContent";
@@ -113,7 +107,7 @@ std::optional<std::string> folderName(const AXUIElement& row)
         return std::nullopt;
     for (const AXUIElement& candidate : ElementHelpers::childrenOfElements(ElementHelpers::children(*cell))) {
         auto role = ElementHelpers::roleText(candidate);
-        if (role == staticTextRole || role == textFieldRole)
+        if (role == AX::staticTextRole || role == AX::textFieldRole)
             return nonEmpty(ElementHelpers::valueText(candidate));
     }
     return std::nullopt;
@@ -122,7 +116,7 @@ std::optional<std::string> folderName(const AXUIElement& row)
 // Root folder first.
 Texts folderPath(const ElementList& panes)
 {
-    auto outline = descendByRoles(ElementHelpers::firstElementWithRole(panes, AX::scrollAreaRole), { outlineRole });
+    auto outline = descendByRoles(ElementHelpers::firstElementWithRole(panes, AX::scrollAreaRole), { AX::outlineRole });
     ElementList selected = outline ? ElementHelpers::selectedRows(*outline) : ElementList {};
     if (selected.size() != 1)
         return {};
@@ -152,8 +146,8 @@ Texts summarisedMessage(const std::string& summary)
 
 Texts selectedMessage(const ElementList& panes)
 {
-    auto table = descendByRoles(
-        ElementHelpers::firstElementWithRole(panes, splitGroupRole), { splitGroupRole, AX::scrollAreaRole, tableRole });
+    auto table = descendByRoles(ElementHelpers::firstElementWithRole(panes, AX::splitGroupRole),
+        { AX::splitGroupRole, AX::scrollAreaRole, AX::tableRole });
     ElementList rows = table ? ElementHelpers::selectedRows(*table) : ElementList {};
     auto cell = rows.empty() ? std::nullopt : childWithRole(rows.front(), cellRole);
     if (!cell)
@@ -177,7 +171,7 @@ std::optional<std::string> readingPaneSender(const ElementList& panes)
     auto from = elementWithIdentifier(below, senderHeaderIdentifier);
     if (!from)
         from = elementWithIdentifier(ElementHelpers::childrenOfElements(below), senderHeaderIdentifier);
-    auto button = from ? childWithRole(*from, buttonRole) : std::nullopt;
+    auto button = from ? childWithRole(*from, AX::buttonRole) : std::nullopt;
     if (!button)
         return std::nullopt;
     if (auto title = nonEmpty(ElementHelpers::titleText(*button)))
@@ -211,12 +205,12 @@ Texts messageWindowContext(const ElementList& elements)
     std::optional<AXUIElement> first;
     std::optional<AXUIElement> second;
     if (auto header = messageHeader(elements)) {
-        first = descendByRoles(header, { AX::scrollAreaRole, staticTextRole, buttonRole });
-        second = childWithRole(*header, staticTextRole);
+        first = descendByRoles(header, { AX::scrollAreaRole, AX::staticTextRole, AX::buttonRole });
+        second = childWithRole(*header, AX::staticTextRole);
     } else {
-        first = descendByRoles(
-            ElementHelpers::firstElementWithRole(elements, AX::scrollAreaRole), { textFieldRole, staticTextRole });
-        second = ElementHelpers::firstElementWithRole(elements, textFieldRole);
+        first = descendByRoles(ElementHelpers::firstElementWithRole(elements, AX::scrollAreaRole),
+            { AX::textFieldRole, AX::staticTextRole });
+        second = ElementHelpers::firstElementWithRole(elements, AX::textFieldRole);
     }
     Texts context;
     for (const auto& element : { first, second }) {
@@ -251,10 +245,10 @@ Texts titleParts(const std::optional<std::string>& title)
 
 Texts windowContext(const AXUIElement& window)
 {
-    auto outer = childWithRole(window, splitGroupRole);
+    auto outer = childWithRole(window, AX::splitGroupRole);
     if (!outer)
         return {};
-    if (auto inner = childWithRole(*outer, splitGroupRole))
+    if (auto inner = childWithRole(*outer, AX::splitGroupRole))
         return mainWindowContext(ElementHelpers::children(*inner));
     Texts context = titleParts(ElementHelpers::titleText(window));
     appendAll(context, messageWindowContext(ElementHelpers::children(*outer)));

@@ -19,9 +19,6 @@ using ElementHelpers::ElementList;
 
 constexpr const char* menuBarAttribute = "AXMenuBar";
 constexpr const char* roleDescriptionAttribute = "AXRoleDescription";
-constexpr const char* toolbarRole = "AXToolbar";
-constexpr const char* textFieldRole = "AXTextField";
-constexpr const char* staticTextRole = "AXStaticText";
 
 constexpr const char* historyMenuIdentifier = "SafariHistoryMenu";
 constexpr const char* showHistoryItemIdentifier = "ShowHistory";
@@ -190,12 +187,12 @@ std::optional<AXUIElement> addressField(const AXUIElement& toolbar)
     roles.reserve(candidates.size());
     for (size_t index = 0; index < candidates.size(); ++index) {
         auto role = ElementHelpers::roleText(candidates[index]);
-        if (role && (*role == textFieldRole || TextHelpers::contains(*role, "SearchField")))
+        if (role && (*role == AX::textFieldRole || TextHelpers::contains(*role, "SearchField")))
             return candidates[index];
         roles.push_back(std::move(role));
     }
     for (size_t index = 0; index < candidates.size(); ++index) {
-        if (roles[index] != staticTextRole)
+        if (roles[index] != AX::staticTextRole)
             continue;
         if (auto parent = UIElementUtilities::parentOfUIElement(candidates[index]))
             return parent;
@@ -213,7 +210,7 @@ std::optional<std::string> pageAddress(std::optional<std::string> text)
 void readAddressField(const AXUIElement& window, VDActivityDetails& details)
 {
     auto toolbar
-        = ElementHelpers::firstElementWithRole(ElementHelpers::children(toolbarContainer(window)), toolbarRole);
+        = ElementHelpers::firstElementWithRole(ElementHelpers::children(toolbarContainer(window)), AX::toolbarRole);
     auto field = toolbar ? addressField(*toolbar) : std::nullopt;
     if (!field)
         return;
@@ -226,7 +223,7 @@ void readAddressField(const AXUIElement& window, VDActivityDetails& details)
     }
 
     std::optional<std::string> address;
-    if (auto shown = ElementHelpers::firstElementWithRole(ElementHelpers::children(*field), staticTextRole))
+    if (auto shown = ElementHelpers::firstElementWithRole(ElementHelpers::children(*field), AX::staticTextRole))
         address = pageAddress(ElementHelpers::valueText(*shown));
     if (!address)
         address = pageAddress(ElementHelpers::valueText(*field));

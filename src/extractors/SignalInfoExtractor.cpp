@@ -32,8 +32,6 @@ using namespace ElementHelpers;
 
 constexpr const char* applicationContainerIdentifier = "app-container";
 constexpr const char* navigationContainerClass = "NavTabs__Container";
-constexpr const char* buttonRole = "AXButton";
-constexpr const char* staticTextRole = "AXStaticText";
 // Groups between the open tab and the conversation header.
 constexpr int headerDepthBelowTabPanel = 3;
 
@@ -82,8 +80,8 @@ std::optional<std::string> conversationNameInWindow(const AXUIElement& window, V
     auto header = conversationHeader(webAreas.front());
     if (!header)
         return std::nullopt;
-    auto name
-        = textOfFirstChildWithRole(*header, { buttonRole, staticTextRole }, { AX::value, AX::title, AX::description });
+    auto name = textOfFirstChildWithRole(
+        *header, { AX::buttonRole, AX::staticTextRole }, { AX::value, AX::title, AX::description });
     if (!name)
         return std::nullopt;
     std::string cleaned = TextHelpers::removingInvisibleControlCharacters(*name);

@@ -21,7 +21,6 @@ namespace {
 
 using ElementHelpers::ElementTest;
 
-constexpr const char* staticTextRole = "AXStaticText";
 constexpr const char* avatarClass = "avatar";
 constexpr int outerGroupLevels = 3;
 constexpr int messageViewPosition = 1;
@@ -91,7 +90,7 @@ bool isAvatar(const AXUIElement& element)
 
 std::optional<std::string> nonEmptyStaticText(const AXUIElement& element)
 {
-    if (ElementHelpers::roleText(element) != staticTextRole)
+    if (ElementHelpers::roleText(element) != AX::staticTextRole)
         return std::nullopt;
     auto text = ElementHelpers::valueText(element);
     return text && !text->empty() ? text : std::nullopt;

@@ -33,9 +33,6 @@ namespace {
 
 using namespace ElementHelpers;
 
-constexpr const char* toolbarRole = "AXToolbar";
-constexpr const char* buttonRole = "AXButton";
-constexpr const char* staticTextRole = "AXStaticText";
 // This client draws its interface as web content that only assistive technology gets to see.
 constexpr const char* webContentBundleIdentifier = "net.whatsapp.WhatsApp";
 
@@ -55,7 +52,7 @@ std::optional<AXUIElement> firstGroupChild(const std::optional<AXUIElement>& ele
 std::optional<AXUIElement> nativeHeaderAnchor(const AXUIElement& window)
 {
     ElementList windowChildren = children(window);
-    if (auto toolbar = firstElementWithRole(windowChildren, toolbarRole))
+    if (auto toolbar = firstElementWithRole(windowChildren, AX::toolbarRole))
         return toolbar;
     auto content = firstGroupChild(firstElementWithRole(windowChildren, AX::groupRole));
     if (!content)
@@ -105,9 +102,9 @@ std::optional<std::string> webNameInWindow(const AXUIElement& window, VDActivity
     if (webAreas.empty())
         return std::nullopt;
     auto header = webHeader(webAreas.front());
-    return header
-        ? cleanedName(textOfFirstChildWithRole(*header, { buttonRole, staticTextRole }, { AX::value, AX::description }))
-        : std::nullopt;
+    return header ? cleanedName(textOfFirstChildWithRole(
+               *header, { AX::buttonRole, AX::staticTextRole }, { AX::value, AX::description }))
+                  : std::nullopt;
 }
 
 std::optional<std::string> webName(VDActivity& activity)
