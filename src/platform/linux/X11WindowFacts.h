@@ -1,0 +1,35 @@
+#pragma once
+
+#include "platform/Accessibility.h"
+#include "platform/Geometry.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vardel::linux_desktop {
+
+// What the X server knows about one top-level client window.
+struct X11Window {
+    uint32_t id = 0;
+    ProcessIdentifier pid = 0;
+    // _NET_WM_NAME, else WM_NAME.
+    std::string title;
+    // Top-left-origin global coordinates, as the window manager placed the frame.
+    Rect frame;
+    bool fullScreen = false;
+};
+
+// The window facts that accessibility cannot tell on X11: which window is active, its full-screen
+// state and the title of windows whose accessible name is empty.
+class X11WindowFacts {
+public:
+    virtual ~X11WindowFacts() = default;
+
+    virtual std::optional<X11Window> activeWindow() = 0;
+    // The process's client windows, front to back.
+    virtual std::vector<X11Window> windowsOfProcess(ProcessIdentifier) = 0;
+};
+
+} // namespace vardel::linux_desktop
