@@ -38,6 +38,11 @@ public:
     virtual std::optional<ApplicationBundle> applicationBundle(std::string_view bundleIdentifier) = 0;
     // The application bundle at that path (a folder ending in ".app"), running or not.
     virtual std::optional<ApplicationBundle> applicationBundleAtPath(const std::string& path) = 0;
+
+    // Opens the application at that bundle path, or the URL with its default application, without
+    // waiting for it; false when the request could not be made.
+    virtual bool openApplication(const std::string& bundlePath) = 0;
+    virtual bool openURL(const std::string& url) = 0;
 };
 
 } // namespace vardel

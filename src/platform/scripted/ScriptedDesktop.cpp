@@ -51,7 +51,7 @@ struct ScriptedDesktop::State {
         , timeline(std::move(scenario.timeline), scenario.endSeconds, clock, world)
         , runLoop(clock, timeline, scenario.endSeconds)
         , accessibility(world, timeline, clock, trace)
-        , workspace(world)
+        , workspace(world, trace)
         , windowServer(world, trace)
         , processLauncher(world.defaultsDomains, trace)
         , analytics(trace)

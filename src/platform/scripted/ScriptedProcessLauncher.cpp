@@ -10,6 +10,13 @@ int ScriptedProcessLauncher::runAndWait(const std::string& path, const std::vect
     return 0;
 }
 
+std::optional<std::string> ScriptedProcessLauncher::launch(
+    const std::string& path, const std::vector<std::string>& arguments)
+{
+    trace_.write("process", { { "path", path }, { "arguments", arguments } });
+    return std::nullopt;
+}
+
 // Only "write DOMAIN KEY -bool true|false" is understood; anything else leaves the domains alone.
 void ScriptedProcessLauncher::applyDefaultsWrite(const std::vector<std::string>& arguments)
 {

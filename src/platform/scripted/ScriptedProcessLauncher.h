@@ -17,6 +17,8 @@ public:
     }
 
     int runAndWait(const std::string& path, const std::vector<std::string>& arguments) override;
+    // Traced like any started process; it always starts.
+    std::optional<std::string> launch(const std::string& path, const std::vector<std::string>& arguments) override;
 
 private:
     void applyDefaultsWrite(const std::vector<std::string>& arguments);

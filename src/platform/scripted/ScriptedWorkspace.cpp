@@ -65,4 +65,16 @@ std::optional<ApplicationBundle> ScriptedWorkspace::applicationBundleAtPath(cons
         opened->info.value_or(Value::Dictionary {}) };
 }
 
+bool ScriptedWorkspace::openApplication(const std::string& bundlePath)
+{
+    trace_.write("open", { { "target", bundlePath } });
+    return true;
+}
+
+bool ScriptedWorkspace::openURL(const std::string& url)
+{
+    trace_.write("open", { { "target", url } });
+    return true;
+}
+
 } // namespace vardel::scripted
