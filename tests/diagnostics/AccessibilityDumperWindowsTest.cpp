@@ -14,7 +14,7 @@ namespace {
 
 using namespace vardel::testing;
 
-const std::filesystem::path testFolder = std::filesystem::path(__FILE__).parent_path();
+const std::filesystem::path testFolder = std::filesystem::path(VARDEL_TESTS_DIR) / "diagnostics";
 
 // With VARDEL_REGENERATE_GOLDEN=1 the file is written instead of compared.
 void expectGolden(const std::string& name, const std::string& actual)
