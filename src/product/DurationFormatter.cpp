@@ -41,4 +41,23 @@ std::string format(double seconds)
     return text;
 }
 
+std::string shortStringFor(double seconds, int maxComponents, bool alwaysShowMinutes)
+{
+    maxComponents = std::clamp(maxComponents, 1, 3);
+    int64_t total = wholeSeconds(seconds);
+    const int64_t parts[] = { total / 3600, total / 60 % 60, total % 60 };
+    const char units[] = { 'h', 'm', 's' };
+    int first = 0;
+    while (first < 2 && parts[first] == 0)
+        ++first;
+    std::string text;
+    for (int unit = first; unit < 3 && unit < first + maxComponents; ++unit) {
+        if (parts[unit] == 0 && units[unit] == 'm' && alwaysShowMinutes)
+            text += text.empty() ? "0m" : " 0m";
+        else
+            appendPart(text, parts[unit], units[unit]);
+    }
+    return text.empty() ? "0" + std::string(1, units[std::min(first + maxComponents, 3) - 1]) : text;
+}
+
 } // namespace vardel::DurationFormatter

@@ -10,4 +10,9 @@ namespace vardel::DurationFormatter {
 // none.
 std::string format(double seconds);
 
+// The same parts, but only the largest maxComponents units from the first one that is not zero
+// ("1h 2m" for 3,725 seconds with two components). With alwaysShowMinutes a zero minute part
+// within those units is written as "0m" rather than left out.
+std::string shortStringFor(double seconds, int maxComponents, bool alwaysShowMinutes);
+
 } // namespace vardel::DurationFormatter
