@@ -55,6 +55,7 @@ int runTracker(vardel::Platform& platform, const std::vector<std::string>& argum
     vardel::InfoLogger infoLogger;
     vardel::VDHelperAppDelegate delegate(infoLogger);
     delegate.awakeFromNib(arguments);
+    vardel::VDHelperAppDelegate::applicationDidFinishLaunching(arguments);
     return platform.runLoop().run();
 }
 

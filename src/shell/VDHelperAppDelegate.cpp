@@ -11,6 +11,7 @@
 #include "product/HelperPreferences.h"
 #include "product/MainAppPreferences.h"
 #include "product/OngoingTaskActivityManager.h"
+#include "product/URLHandler.h"
 #include "product/VDHelper.h"
 #include "product/VDStartupManager.h"
 #include "shell/StatusMenuResource.h"
@@ -101,11 +102,22 @@ void VDHelperAppDelegate::awakeFromNib(const std::vector<std::string>& arguments
     askForAccessibility();
     setUpStatusItem();
     connectRecordingService();
+    updateStartTaskShortcut();
     scheduleDeferredWork();
     platform().scriptingCommands().setHandler(
         [this](const ScriptingCommandRequest& request) { receiveScriptingCommand(request); });
     platform().runLoop().setTerminationRequestHandler(
         [this](const std::string& reason) { applicationShouldTerminate(reason); });
+}
+
+void VDHelperAppDelegate::applicationDidFinishLaunching(const std::vector<std::string>& arguments)
+{
+    for (size_t index = 1; index < arguments.size(); ++index) {
+        const std::string& argument = arguments[index];
+        auto scheme = argument.find("://");
+        if (scheme != std::string::npos && scheme > 0 && !argument.starts_with('-'))
+            URLHandler::handleGetURL(argument);
+    }
 }
 
 std::optional<int> VDHelperAppDelegate::runDumpMode(const std::vector<std::string>& arguments)
@@ -449,6 +461,33 @@ void VDHelperAppDelegate::toggleTracking()
         setShouldTrack(true);
     else
         pauseTrackingForTime(HelperHelper::secondsUntilTomorrow());
+}
+
+void VDHelperAppDelegate::updateStartTaskShortcut()
+{
+    MASShortcutBinder& binder = MASShortcutBinder::sharedBinder();
+    binder.setBindingOptions(MASShortcutBinder::fakeShortcutTransformer);
+    if (!editTaskShortcutBinder_) {
+        editTaskShortcutBinder_ = std::make_unique<MASShortcutBinder>();
+        editTaskShortcutBinder_->setBindingOptions(MASShortcutBinder::fakeShortcutWithExtraShiftTransformer);
+    }
+    const std::string key = HelperPreferences::startTaskShortcutKey;
+    if (!HelperHelper::tasksAvailable()) {
+        binder.breakBindingWithDefaultsKey(key);
+        return;
+    }
+    binder.bindShortcutWithDefaultsKey(key, [this] {
+        if (!HelperHelper::tasksAvailable())
+            return;
+        if (OngoingTaskActivityManager(platform().runningTasks()).hasRunningActivity())
+            stopTask();
+        else
+            startTask();
+    });
+    editTaskShortcutBinder_->bindShortcutWithDefaultsKey(key, [] {
+        if (HelperHelper::tasksAvailable())
+            OngoingTaskActivityManager(platform().runningTasks()).editRunningOrLatestTask();
+    });
 }
 
 void VDHelperAppDelegate::receiveScriptingCommand(const ScriptingCommandRequest& request)

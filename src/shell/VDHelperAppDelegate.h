@@ -5,6 +5,7 @@
 #include "platform/ScriptingCommands.h"
 #include "platform/StatusBar.h"
 #include "product/InfoLogger.h"
+#include "product/MASShortcutBinder.h"
 #include "product/MyLilTimer.h"
 #include "product/StatusItemInfoProvider.h"
 
@@ -27,6 +28,8 @@ public:
     // Start-up, given the process arguments (the program path first). A dump mode prints its dump
     // and stops the run loop with the dump's exit status instead of starting the tracker.
     void awakeFromNib(const std::vector<std::string>& arguments);
+    // Passes the URLs given on the command line (arguments with a scheme) to the URL handler.
+    static void applicationDidFinishLaunching(const std::vector<std::string>& arguments);
 
     // The recording service's questions.
     std::optional<VDActivity> getCurrentActivity() override;
@@ -54,6 +57,10 @@ public:
     void pauseTrackingForTime(double seconds);
     void resumeTracking();
     void toggleTracking();
+
+    // (Re)binds the start-task shortcut: as stored it starts or stops a timer, with Shift it edits.
+    void updateStartTaskShortcut();
+    MASShortcutBinder* editTaskShortcutBinder() { return editTaskShortcutBinder_.get(); }
 
     // Quitting.
     void askToQuit();
@@ -90,6 +97,7 @@ private:
     std::unique_ptr<MyLilTimer> resumeTrackingTimer_;
     std::optional<Date> lastEffectiveAppearanceChangeDispatched_;
     std::optional<std::string> terminationReason_;
+    std::unique_ptr<MASShortcutBinder> editTaskShortcutBinder_;
 };
 
 } // namespace vardel

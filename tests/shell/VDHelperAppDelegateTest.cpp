@@ -305,5 +305,29 @@ TEST_F(VDHelperAppDelegateTest, TheAccessibilityStatisticsAreReportedAfterFiveMi
     EXPECT_EQ(events("accessibilityStats")[0]["lastWindowFetchError"], 1);
 }
 
+TEST_F(VDHelperAppDelegateTest, TheStoredShortcutStartsAndStopsATimerAndWithShiftEditsIt)
+{
+    start({ { "preferences", { { "startTaskShortcut", { { "key", "t" }, { "modifierFlags", 1048576 } } } } },
+        { "editorAnswers",
+            { { { "action", "save" }, { "title", "Planning" } },
+                { { "action", "save" }, { "title", "Roadmap" } } } } });
+    Shortcut plain { "t", ModifierFlag::command };
+    Shortcut withShift { "t", ModifierFlag::command | ModifierFlag::shift };
+    MASShortcutBinder& shared = MASShortcutBinder::sharedBinder();
+
+    EXPECT_TRUE(shared.performShortcut(plain));
+    ASSERT_TRUE(platform().runningTasks().runningTask());
+    EXPECT_EQ(platform().runningTasks().runningTask()->title, "Planning");
+    EXPECT_FALSE(shared.performShortcut(withShift));
+    EXPECT_TRUE(delegate_->editTaskShortcutBinder()->performShortcut(withShift));
+    EXPECT_EQ(platform().runningTasks().runningTask()->title, "Roadmap");
+    EXPECT_TRUE(shared.performShortcut(plain));
+    EXPECT_FALSE(platform().runningTasks().runningTask());
+
+    platform().productPreferences().setObject("tasksAvailable", Value(false));
+    delegate_->updateStartTaskShortcut();
+    EXPECT_FALSE(shared.isBound(HelperPreferences::startTaskShortcutKey));
+}
+
 } // namespace
 } // namespace vardel
