@@ -3,7 +3,9 @@
 #include "platform/Accessibility.h"
 #include "platform/AnalyticsSink.h"
 #include "platform/Clock.h"
+#include "platform/CurrentProcess.h"
 #include "platform/EventTrace.h"
+#include "platform/FileEventStream.h"
 #include "platform/Log.h"
 #include "platform/PowerManagement.h"
 #include "platform/PreferenceStore.h"
@@ -46,6 +48,8 @@ public:
     virtual UserNotificationCenter& userNotificationCenter() = 0;
     virtual TimeEntryEditor& timeEntryEditor() = 0;
     virtual RunningTaskSource& runningTasks() = 0;
+    virtual FileEventStreams& fileEventStreams() = 0;
+    virtual CurrentProcess currentProcess() = 0;
     // The user's languages, most preferred first ("en", "de-CH").
     virtual std::vector<std::string> preferredLanguages() = 0;
 

@@ -3,6 +3,7 @@
 #include "platform/scripted/DesktopWorld.h"
 #include "platform/scripted/ScenarioReader.h"
 #include "platform/scripted/ScriptedAccessibility.h"
+#include "platform/scripted/ScriptedFileEventStreams.h"
 #include "platform/scripted/ScriptedPowerManagement.h"
 #include "platform/scripted/ScriptedProcessLauncher.h"
 #include "platform/scripted/ScriptedPropertyListFiles.h"
@@ -53,7 +54,7 @@ struct ScriptedDesktop::State {
         , accessibility(world, timeline, clock, trace)
         , workspace(world, trace)
         , windowServer(world, trace)
-        , processLauncher(world.defaultsDomains, trace)
+        , processLauncher(world.defaultsDomains, trace, world.self.pid)
         , analytics(trace)
         , log(trace, std::cerr)
         , endSeconds(scenario.endSeconds)
@@ -61,8 +62,23 @@ struct ScriptedDesktop::State {
         timeline.setInteractionHandler([this](const TimelineStep& step) {
             runLoop.schedule(0, [this, response = *step.respond] { userNotificationCenter.respond(response); });
         });
+        timeline.setFileEventHandler([this](const std::vector<FileEvent>& events) { fileEventStreams.report(events); });
+        processLauncher.setRelaunchHandler([this](const RelaunchScript& script) {
+            runLoop.schedule(static_cast<double>(script.delaySeconds),
+                [this, bundlePath = script.bundlePath] { endForRelaunch(bundlePath); });
+        });
         // Steps at the start are in effect before the program does anything.
         timeline.advanceTo(0);
+    }
+
+    // The script's termination signal ends the tracker; then it opens the bundle again. The new
+    // process is not part of the run.
+    void endForRelaunch(const std::string& bundlePath)
+    {
+        if (terminationHandler)
+            terminationHandler();
+        runLoop.stop(0, "relaunch");
+        trace.write("open", { { "target", bundlePath } });
     }
 
     VirtualClock clock;
@@ -82,6 +98,8 @@ struct ScriptedDesktop::State {
     ScriptedUserNotificationCenter userNotificationCenter { world.notificationsPermitted, trace };
     ScriptedTimeEntryEditor timeEntryEditor { world.editorAnswers, trace };
     ScriptedRunningTaskSource runningTasks { world, clock.now() };
+    ScriptedFileEventStreams fileEventStreams { runLoop };
+    std::function<void()> terminationHandler;
     double endSeconds;
 };
 
@@ -159,6 +177,11 @@ std::string ScriptedDesktop::stopReason() const
     return state_->runLoop.stopReason();
 }
 
+void ScriptedDesktop::setTerminationHandler(std::function<void()> handler)
+{
+    state_->terminationHandler = std::move(handler);
+}
+
 std::optional<AXUIElement> ScriptedDesktop::element(std::string_view id)
 {
     return state_->world.element(id);
@@ -230,6 +253,19 @@ TimeEntryEditor& ScriptedDesktop::timeEntryEditor()
 RunningTaskSource& ScriptedDesktop::runningTasks()
 {
     return state_->runningTasks;
+}
+
+FileEventStreams& ScriptedDesktop::fileEventStreams()
+{
+    return state_->fileEventStreams;
+}
+
+// The bundle's information dictionary is the one the scenario gave at the start; later changes of
+// the Info.plist file do not change it.
+CurrentProcess ScriptedDesktop::currentProcess()
+{
+    const BundleDescription& self = state_->world.self;
+    return { self.pid, self.executablePath, { self.bundlePath, self.bundleIdentifier, std::nullopt, self.info } };
 }
 
 bool ScriptedDesktop::databaseAvailable() const

@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include <filesystem>
+#include <functional>
 #include <iosfwd>
 #include <memory>
 #include <optional>
@@ -45,6 +46,11 @@ public:
     // to stop(); empty while it runs.
     std::string stopReason() const;
 
+    // What the program does when something outside asks it to end, as a termination signal would
+    // (the relaunch script does): it stores what it holds. The desktop then stops the run loop with
+    // status 0 and the reason "relaunch"; the handler must not stop it itself.
+    void setTerminationHandler(std::function<void()>);
+
     // An element by its scenario id, for tests.
     std::optional<AXUIElement> element(std::string_view id);
 
@@ -66,6 +72,8 @@ public:
     UserNotificationCenter& userNotificationCenter() override;
     TimeEntryEditor& timeEntryEditor() override;
     RunningTaskSource& runningTasks() override;
+    FileEventStreams& fileEventStreams() override;
+    CurrentProcess currentProcess() override;
     // Whether the scenario lets the product's database exist.
     bool databaseAvailable() const;
     std::vector<std::string> preferredLanguages() override;

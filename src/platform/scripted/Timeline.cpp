@@ -59,6 +59,8 @@ void Timeline::apply(const TimelineStep& step)
         world_.runningTask = *step.runningTask;
     if (step.respond && interactionHandler_)
         interactionHandler_(step);
+    if (!step.fileEvents.empty() && fileEventHandler_)
+        fileEventHandler_(step.fileEvents);
 }
 
 } // namespace vardel::scripted
