@@ -65,7 +65,8 @@ class FileEventStreams {
 public:
     virtual ~FileEventStreams() = default;
 
-    // A stream that is not started yet. It may outlive the platform: destroying it afterwards is safe.
+    // A stream that is not started yet. Destroy it while the platform's run loop still exists (the
+    // scripted desktop's streams are safe to destroy later too).
     virtual std::unique_ptr<FileEventStream> create(
         std::vector<std::string> paths, double latencySeconds, FileEventStream::Callback callback)
         = 0;
