@@ -54,12 +54,6 @@ ProcessWide<bool> dumpRecordedAssertions([] {
     return defaults.getBool("PowerManagementAssertions_dumpRecordedAssertions").value_or(false);
 });
 
-// The assertion records one process owns, as the system lists them.
-struct OwnedRecords {
-    ProcessIdentifier owner = 0;
-    std::vector<const Value::Dictionary*> records;
-};
-
 template<size_t count> bool isOneOf(std::string_view text, const std::array<std::string_view, count>& members)
 {
     return std::find(members.begin(), members.end(), text) != members.end();
@@ -83,24 +77,32 @@ std::optional<ProcessIdentifier> processIdentifierFromNumber(const Value& value)
     return static_cast<ProcessIdentifier>(*integer);
 }
 
-// The whole dictionary must have the documented shape; anything else means the call's result cannot
-// be trusted at all.
-std::optional<std::vector<OwnedRecords>> readAssertionsByProcess(const Value::Dictionary& assertionsByProcess)
+// The number of records, when the whole dictionary has the documented shape (decimal owner pids,
+// lists of records); anything else means the call's result cannot be trusted at all.
+std::optional<size_t> recordCountIfWellFormed(const Value::Dictionary& assertionsByProcess)
 {
-    std::vector<OwnedRecords> byProcess;
+    size_t count = 0;
     for (const auto& [key, list] : assertionsByProcess) {
-        auto owner = processIdentifierFromDecimal(key);
-        if (!owner || !list.asList())
+        if (!processIdentifierFromDecimal(key) || !list.asList())
             return std::nullopt;
-        OwnedRecords owned { *owner, {} };
         for (const Value& record : *list.asList()) {
             if (!record.asDictionary())
                 return std::nullopt;
-            owned.records.push_back(record.asDictionary());
         }
-        byProcess.push_back(std::move(owned));
+        count += list.asList()->size();
     }
-    return byProcess;
+    return count;
+}
+
+// Every record with its owner, in the system's order, straight from the platform's dictionaries:
+// a sample copies only what it keeps. The dictionary must have the documented shape.
+template<typename Visit> void forEachRecord(const Value::Dictionary& assertionsByProcess, Visit visit)
+{
+    for (const auto& [key, list] : assertionsByProcess) {
+        ProcessIdentifier owner = *processIdentifierFromDecimal(key);
+        for (const Value& record : *list.asList())
+            visit(owner, *record.asDictionary());
+    }
 }
 
 const Value* member(const Value::Dictionary& record, std::string_view key)
@@ -109,79 +111,129 @@ const Value* member(const Value::Dictionary& record, std::string_view key)
     return found == record.end() ? nullptr : &found->second;
 }
 
-std::optional<std::string> textMember(const Value::Dictionary& record, std::string_view key)
-{
-    const Value* value = member(record, key);
-    if (!value || !value->asText())
-        return std::nullopt;
-    return *value->asText();
-}
-
 std::optional<ProcessIdentifier> onBehalfOfProcess(const Value::Dictionary& record)
 {
     const Value* value = member(record, AssertionKey::onBehalfOfPID);
     return value ? processIdentifierFromNumber(*value) : std::nullopt;
 }
 
-bool hasActiveLevel(const Value::Dictionary& record)
+// The members of one assertion record that a snapshot reads, found in one pass over the record
+// instead of one search per member: a sample reads every record the system lists.
+struct RecordFields {
+    const Value* level = nullptr;
+    const std::string* type = nullptr;
+    const std::string* trueType = nullptr;
+    const std::string* name = nullptr;
+    const Value* onBehalfOfPID = nullptr;
+    const std::string* processName = nullptr;
+    const Value* startedAt = nullptr;
+    const Value* resourcesUsed = nullptr;
+
+    explicit RecordFields(const Value::Dictionary& record)
+    {
+        // Views compare their lengths first, so most keys are told apart without comparing text.
+        using Key = std::string_view;
+        for (const auto& [recordKey, value] : record) {
+            Key key = recordKey;
+            if (key == Key(AssertionKey::level))
+                level = &value;
+            else if (key == Key(AssertionKey::type))
+                type = value.asText();
+            else if (key == Key(AssertionKey::trueType))
+                trueType = value.asText();
+            else if (key == Key(AssertionKey::name))
+                name = value.asText();
+            else if (key == Key(AssertionKey::onBehalfOfPID))
+                onBehalfOfPID = &value;
+            else if (key == Key(AssertionKey::processName))
+                processName = value.asText();
+            else if (key == Key(AssertionKey::startedAt))
+                startedAt = &value;
+            else if (key == Key(AssertionKey::resourcesUsed))
+                resourcesUsed = &value;
+        }
+    }
+};
+
+std::optional<std::string> copied(const std::string* text)
 {
-    const Value* level = member(record, AssertionKey::level);
-    return level && level->asInteger() == activeAssertionLevel;
+    return text ? std::optional(*text) : std::nullopt;
 }
 
-bool hasMeetingType(const Value::Dictionary& record)
+bool hasActiveLevel(const RecordFields& fields)
 {
-    auto isMeetingType = [&](std::string_view key) {
-        auto type = textMember(record, key);
-        return type && isOneOf(*type, meetingAssertionTypes);
-    };
-    return isMeetingType(AssertionKey::type) || isMeetingType(AssertionKey::trueType);
+    return fields.level && fields.level->asInteger() == activeAssertionLevel;
 }
 
-bool isSuppressedUSBAudio(const std::optional<std::string>& name)
+bool hasMeetingType(const RecordFields& fields)
 {
-    return settings.get().suppressUSBAudioDevices && name && name->find("USBAudio") != std::string::npos;
+    auto isMeetingType = [](const std::string* type) { return type && isOneOf(*type, meetingAssertionTypes); };
+    return isMeetingType(fields.type) || isMeetingType(fields.trueType);
 }
 
-std::optional<std::set<std::string>> resourcesUsed(const Value::Dictionary& record)
+bool isSuppressedUSBAudio(const std::string* name, const Settings& current)
 {
-    const Value* value = member(record, AssertionKey::resourcesUsed);
-    auto resources = value ? value->asTextList() : std::nullopt;
-    if (!resources)
+    return current.suppressUSBAudioDevices && name && name->find("USBAudio") != std::string::npos;
+}
+
+// Only a list of texts counts.
+std::optional<std::set<std::string>> resourcesUsed(const Value* value)
+{
+    const Value::List* list = value ? value->asList() : nullptr;
+    if (!list)
         return std::nullopt;
-    return std::set<std::string>(resources->begin(), resources->end());
+    std::set<std::string> resources;
+    for (const Value& resource : *list) {
+        if (!resource.asText())
+            return std::nullopt;
+        resources.insert(*resource.asText());
+    }
+    return resources;
 }
 
-Assertion assertionFrom(const Value::Dictionary& record, ProcessIdentifier owner)
+// Fills the snapshot's own entry, so that the assertion is never copied or moved.
+void fillAssertion(Assertion& assertion, const RecordFields& fields, ProcessIdentifier owner)
 {
-    const Value* startedAt = member(record, AssertionKey::startedAt);
-    return Assertion {
-        .pid = onBehalfOfProcess(record).value_or(owner),
-        .processName = textMember(record, AssertionKey::processName),
-        .type = textMember(record, AssertionKey::type),
-        .name = textMember(record, AssertionKey::name),
-        .startedAt = startedAt ? startedAt->asDate() : std::nullopt,
-        .resourcesUsed = resourcesUsed(record),
-    };
+    auto onBehalfOf = fields.onBehalfOfPID ? processIdentifierFromNumber(*fields.onBehalfOfPID) : std::nullopt;
+    assertion.pid = onBehalfOf.value_or(owner);
+    assertion.processName = copied(fields.processName);
+    assertion.type = copied(fields.type);
+    assertion.name = copied(fields.name);
+    assertion.startedAt = fields.startedAt ? fields.startedAt->asDate() : std::nullopt;
+    assertion.resourcesUsed = resourcesUsed(fields.resourcesUsed);
 }
 
 // Assertions that outlive any plausible call were left behind by a process, not held for a call.
-bool isTooOld(const Assertion& assertion, Date now)
+bool isTooOld(const std::optional<Date>& startedAt, Date now, const Settings& current)
 {
-    return assertion.startedAt
-        && now.secondsSince1970 - assertion.startedAt->secondsSince1970 >= settings.get().maximumAssertionAgeInSeconds;
+    return startedAt && now.secondsSince1970 - startedAt->secondsSince1970 >= current.maximumAssertionAgeInSeconds;
+}
+
+// The root locale lowercases ASCII letters as ASCII does, so plain ASCII names, the usual ones,
+// skip the Unicode case mapping.
+std::string lowercased(std::string_view text)
+{
+    bool isAscii = std::all_of(text.begin(), text.end(), [](char character) { return (character & 0x80) == 0; });
+    if (!isAscii)
+        return TextHelpers::lowercased(text);
+    std::string lowered(text);
+    for (char& character : lowered) {
+        if (character >= 'A' && character <= 'Z')
+            character = static_cast<char>(character - 'A' + 'a');
+    }
+    return lowered;
 }
 
 // Some call applications only name the call, without announcing their audio devices.
-bool nameAnnouncesCall(const std::optional<std::string>& name)
+bool nameAnnouncesCall(const std::optional<std::string>& name, const Settings& current)
 {
     if (!name)
         return false;
-    std::string lowercasedName = TextHelpers::lowercased(*name);
-    if (settings.get().treatWebRTCLikeAudioInAndOut
+    std::string lowercasedName = lowercased(*name);
+    if (current.treatWebRTCLikeAudioInAndOut
         && TextHelpers::contains(lowercasedName, "webrtc has active peerconnections"))
         return true;
-    return (settings.get().treatOnACallLikeAudioInAndOut && TextHelpers::contains(lowercasedName, "on a call"))
+    return (current.treatOnACallLikeAudioInAndOut && TextHelpers::contains(lowercasedName, "on a call"))
         || TextHelpers::contains(lowercasedName, "call in progress");
 }
 
@@ -192,9 +244,9 @@ bool namesResourceOf(const std::set<std::string>& resources, const std::array<st
         resources.begin(), resources.end(), [&](const std::string& resource) { return isOneOf(resource, kind); });
 }
 
-void classify(const Assertion& assertion, PowerManagementAssertions& snapshot)
+void classify(const Assertion& assertion, const Settings& current, PowerManagementAssertions& snapshot)
 {
-    if (nameAnnouncesCall(assertion.name)) {
+    if (nameAnnouncesCall(assertion.name, current)) {
         snapshot.pidsOfAppsWithAudioInAssertion.insert(assertion.pid);
         snapshot.pidsOfAppsWithAudioOutAssertion.insert(assertion.pid);
         return;
@@ -211,17 +263,17 @@ void classify(const Assertion& assertion, PowerManagementAssertions& snapshot)
         snapshot.pidsOfAppsWithAudioOutAssertion.insert(assertion.pid);
 }
 
-void takeRecord(const Value::Dictionary& record, ProcessIdentifier owner, Date now, PowerManagementAssertions& snapshot)
+void takeRecord(const Value::Dictionary& record, ProcessIdentifier owner, Date now, const Settings& current,
+    PowerManagementAssertions& snapshot)
 {
-    if (!hasActiveLevel(record) || !hasMeetingType(record))
+    RecordFields fields(record);
+    if (!hasActiveLevel(fields) || !hasMeetingType(fields) || isSuppressedUSBAudio(fields.name, current))
         return;
-    if (isSuppressedUSBAudio(textMember(record, AssertionKey::name)))
+    if (isTooOld(fields.startedAt ? fields.startedAt->asDate() : std::nullopt, now, current))
         return;
-    Assertion assertion = assertionFrom(record, owner);
-    if (isTooOld(assertion, now))
-        return;
-    snapshot.assertions.push_back(assertion);
-    classify(assertion, snapshot);
+    Assertion& assertion = snapshot.assertions.emplace_back();
+    fillAssertion(assertion, fields, owner);
+    classify(assertion, current, snapshot);
 }
 
 // Processes that hold both audio directions, whether in one assertion or in separate ones.
@@ -238,13 +290,19 @@ std::set<ProcessIdentifier> meetingRelatedProcesses(const PowerManagementAsserti
     return meetingRelated;
 }
 
-std::optional<RunningApplication> runningApplication(ProcessIdentifier pid)
+std::optional<RunningApplication> runningApplication(
+    ProcessIdentifier pid, const std::vector<RunningApplication>& runningApplications)
 {
-    for (RunningApplication& application : platform().workspace().runningApplications()) {
+    for (const RunningApplication& application : runningApplications) {
         if (application.processIdentifier == pid)
-            return std::move(application);
+            return application;
     }
     return std::nullopt;
+}
+
+std::optional<RunningApplication> runningApplication(ProcessIdentifier pid)
+{
+    return runningApplication(pid, platform().workspace().runningApplications());
 }
 
 std::optional<std::string> withoutInvisibleControlCharacters(const std::optional<std::string>& text)
@@ -280,9 +338,10 @@ std::optional<std::string> displayedApplicationName(const std::optional<std::str
     return TextHelpers::removingSuffixIfPresent(TextHelpers::removingSuffixIfPresent(*name, " (Renderer)"), " Helper");
 }
 
-PIDAndRunningApplication meetingRelatedApplication(ProcessIdentifier pid, const PowerManagementAssertions& snapshot)
+PIDAndRunningApplication meetingRelatedApplication(ProcessIdentifier pid, const PowerManagementAssertions& snapshot,
+    const std::vector<RunningApplication>& runningApplications)
 {
-    auto application = runningApplication(pid);
+    auto application = runningApplication(pid, runningApplications);
     auto identity = identityOf(application, pid);
     return PIDAndRunningApplication {
         .pid = pid,
@@ -324,16 +383,14 @@ std::string describe(const RunningApplication& application)
 }
 
 // Every process the dictionary names, as owner or as the process an assertion is held for.
-std::set<ProcessIdentifier> processesNamedIn(const std::vector<OwnedRecords>& byProcess)
+std::set<ProcessIdentifier> processesNamedIn(const Value::Dictionary& assertionsByProcess)
 {
     std::set<ProcessIdentifier> pids;
-    for (const OwnedRecords& owned : byProcess) {
-        pids.insert(owned.owner);
-        for (const Value::Dictionary* record : owned.records) {
-            if (auto onBehalfOf = onBehalfOfProcess(*record))
-                pids.insert(*onBehalfOf);
-        }
-    }
+    forEachRecord(assertionsByProcess, [&](ProcessIdentifier owner, const Value::Dictionary& record) {
+        pids.insert(owner);
+        if (auto onBehalfOf = onBehalfOfProcess(record))
+            pids.insert(*onBehalfOf);
+    });
     return pids;
 }
 
@@ -351,14 +408,14 @@ void logProcessIdentity(const Logger& logger, ProcessIdentifier pid)
     logger("");
 }
 
-void logDerivation(const Logger& logger, const Value::Dictionary& assertionsByProcess,
-    const std::vector<OwnedRecords>& byProcess, const PowerManagementAssertions& snapshot)
+void logDerivation(
+    const Logger& logger, const Value::Dictionary& assertionsByProcess, const PowerManagementAssertions& snapshot)
 {
     logger("PowerManagementAssertions.pmAssertionsDictionary:");
     logger(ValueJson::encode(Value(assertionsByProcess)).dump(4));
     logger("\n" + snapshot.description());
     logger("\nInfo for *all* processes found in the assertions dictionary:\n");
-    for (ProcessIdentifier pid : processesNamedIn(byProcess))
+    for (ProcessIdentifier pid : processesNamedIn(assertionsByProcess))
         logProcessIdentity(logger, pid);
 }
 
@@ -377,17 +434,22 @@ PowerManagementAssertions::PowerManagementAssertions(const Logger& logger)
     AssertionsByProcess result = platform().powerManagement().copyAssertionsByProcess();
     if (result.status != 0 || !result.assertions)
         return;
-    auto byProcess = readAssertionsByProcess(*result.assertions);
-    if (!byProcess)
+    auto recordCount = recordCountIfWellFormed(*result.assertions);
+    if (!recordCount)
         return;
-    for (const OwnedRecords& owned : *byProcess) {
-        for (const Value::Dictionary* record : owned.records)
-            takeRecord(*record, owned.owner, now, *this);
+    assertions.reserve(*recordCount);
+    const Settings& current = settings.get();
+    forEachRecord(*result.assertions, [&](ProcessIdentifier owner, const Value::Dictionary& record) {
+        takeRecord(record, owner, now, current, *this);
+    });
+    std::set<ProcessIdentifier> meetingRelated = meetingRelatedProcesses(*this);
+    if (!meetingRelated.empty()) {
+        std::vector<RunningApplication> running = platform().workspace().runningApplications();
+        for (ProcessIdentifier pid : meetingRelated)
+            appsWithMeetingRelatedPMAssertions.push_back(meetingRelatedApplication(pid, *this, running));
     }
-    for (ProcessIdentifier pid : meetingRelatedProcesses(*this))
-        appsWithMeetingRelatedPMAssertions.push_back(meetingRelatedApplication(pid, *this));
     if (Logger activeLogger = effectiveLogger(logger))
-        logDerivation(activeLogger, *result.assertions, *byProcess, *this);
+        logDerivation(activeLogger, *result.assertions, *this);
 }
 
 PowerManagementAssertions::ApplicationIdentity PowerManagementAssertions::applicationFromExecutablePath(

@@ -4,7 +4,9 @@
 #include "platform/Alerts.h"
 #include "platform/AnalyticsSink.h"
 #include "platform/Clock.h"
+#include "platform/CurrentProcess.h"
 #include "platform/EventTrace.h"
+#include "platform/FileEventStream.h"
 #include "platform/Log.h"
 #include "platform/PowerManagement.h"
 #include "platform/PreferenceStore.h"
@@ -52,6 +54,8 @@ public:
     virtual Alerts& alerts() = 0;
     virtual StatusBar& statusBar() = 0;
     virtual ScriptingCommands& scriptingCommands() = 0;
+    virtual FileEventStreams& fileEventStreams() = 0;
+    virtual CurrentProcess currentProcess() = 0;
     // The user's languages, most preferred first ("en", "de-CH").
     virtual std::vector<std::string> preferredLanguages() = 0;
 

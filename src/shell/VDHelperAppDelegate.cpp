@@ -19,6 +19,7 @@
 #include "shell/VDResumeTrackingCommand.h"
 
 #include <cmath>
+#include <filesystem>
 
 namespace vardel {
 
@@ -37,6 +38,7 @@ constexpr double recentActivitySeconds = 86400;
 
 constexpr double accessibilityCheckDelaySeconds = 300;
 constexpr double defaultMaxStatusItemWidth = 200;
+constexpr double relaunchDelaySeconds = 60;
 // The item's own redrawing changes its appearance, so appearance changes are passed on at most
 // this often.
 constexpr double appearanceChangeThrottleSeconds = 10;
@@ -84,6 +86,9 @@ VDHelperAppDelegate::VDHelperAppDelegate(InfoLogger& infoLogger)
 
 VDHelperAppDelegate::~VDHelperAppDelegate()
 {
+    SCEvents& watcher = SCEvents::sharedPathWatcher();
+    watcher.stopWatchingPaths();
+    watcher.setDelegate(nullptr);
     StatusItemInfoProvider::sharedInstance().setPresenter(nullptr);
     platform().scriptingCommands().setHandler(nullptr);
     platform().runLoop().setTerminationRequestHandler(nullptr);
@@ -98,10 +103,13 @@ void VDHelperAppDelegate::awakeFromNib(const std::vector<std::string>& arguments
     }
     if (arguments.size() >= 2 && arguments[1] == "--fromCrashRecovery" && recoverFromCrash())
         return;
+    relauncher_ = std::make_unique<SelfRelauncher>([this](bool isRelaunch) { prepareRecordingForShutdown(isRelaunch); },
+        [] { platform().log().info("Waiting for the relaunch script to end the process"); });
     askToLaunchAtLogin();
     askForAccessibility();
     setUpStatusItem();
     connectRecordingService();
+    startUpdateWatcher();
     updateStartTaskShortcut();
     scheduleDeferredWork();
     platform().scriptingCommands().setHandler(
@@ -192,7 +200,7 @@ void VDHelperAppDelegate::setUpStatusItem()
         maxWidth = defaultMaxStatusItemWidth;
     if (maxWidth >= 0)
         statusItem_.maxWidth = maxWidth;
-    std::string identifier = platform().workspace().mainBundle().bundleIdentifier.value_or("");
+    std::string identifier = platform().currentProcess().mainBundle.bundleIdentifier.value_or("");
     platform().statusBar().installStatusItem(identifier + ".mainStatusItem", statusMenu_, *this);
 }
 
@@ -209,8 +217,31 @@ void VDHelperAppDelegate::connectRecordingService()
     infoLogger_.startSampling();
 }
 
+// A new build replaces the files in the executable's folder.
+void VDHelperAppDelegate::startUpdateWatcher()
+{
+    std::filesystem::path executable = platform().currentProcess().executablePath;
+    SCEvents& watcher = SCEvents::sharedPathWatcher();
+    watcher.setDelegate(relauncher_.get());
+    watcher.startWatchingPaths({ executable.parent_path().string() });
+}
+
+void VDHelperAppDelegate::prepareRecordingForShutdown(bool isRelaunch)
+{
+    platform().log().info(
+        isRelaunch ? "Preparing the recording for a relaunch" : "Preparing the recording for the end");
+}
+
 void VDHelperAppDelegate::scheduleDeferredWork()
 {
+    // One relaunch per process; the new process schedules its own.
+    double relaunchInterval = defaults().getDouble("VDHelperAppDelegate_relaunchInterval").value_or(0);
+    if (relaunchInterval > 0) {
+        platform().runLoop().schedule(relaunchInterval, [this] {
+            relauncher_->relaunchWithDelay(
+                relaunchDelaySeconds, { { "reason", Value("VDHelperAppDelegate_relaunchInterval") } });
+        });
+    }
     platform().runLoop().schedule(accessibilityCheckDelaySeconds, [this] { checkForAccessibilitySuccess(); });
 }
 

@@ -8,6 +8,7 @@
 #include "product/MASShortcutBinder.h"
 #include "product/MyLilTimer.h"
 #include "product/StatusItemInfoProvider.h"
+#include "shell/SelfRelauncher.h"
 
 #include <memory>
 #include <optional>
@@ -46,6 +47,9 @@ public:
     void effectiveAppearanceChanged();
     const StatusItemAppearance& statusItem() const { return statusItem_; }
 
+    // Relaunching; none before start-up.
+    SelfRelauncher* relauncher() { return relauncher_.get(); }
+
     // The menu.
     void menuWillOpen(Menu&) override;
     bool validateMenuItem(MenuItem&) override;
@@ -78,7 +82,9 @@ private:
     void askForAccessibility();
     void setUpStatusItem();
     void connectRecordingService();
+    void startUpdateWatcher();
     void scheduleDeferredWork();
+    void prepareRecordingForShutdown(bool isRelaunch);
     void receiveScriptingCommand(const ScriptingCommandRequest&);
 
     void startTask();
@@ -98,6 +104,7 @@ private:
     std::optional<Date> lastEffectiveAppearanceChangeDispatched_;
     std::optional<std::string> terminationReason_;
     std::unique_ptr<MASShortcutBinder> editTaskShortcutBinder_;
+    std::unique_ptr<SelfRelauncher> relauncher_;
 };
 
 } // namespace vardel

@@ -329,5 +329,39 @@ TEST_F(VDHelperAppDelegateTest, TheStoredShortcutStartsAndStopsATimerAndWithShif
     EXPECT_FALSE(shared.isBound(HelperPreferences::startTaskShortcutKey));
 }
 
+TEST_F(VDHelperAppDelegateTest, TheRelaunchIntervalRelaunchesOnce)
+{
+    start({ { "defaults", { { "VDHelperAppDelegate_relaunchInterval", 100 } } }, { "end", 400 } });
+    EXPECT_EQ(desktop().runLoop().run(), 0);
+    auto processes = events("process");
+    ASSERT_EQ(processes.size(), 1u);
+    EXPECT_EQ(processes[0]["t"], 100);
+    EXPECT_EQ(desktop().stopReason(), "relaunch");
+    EXPECT_EQ(events("open").back()["target"], "/Applications/VardelHelper.app");
+
+    for (Json interval : { Json(0), Json(-5) }) {
+        start({ { "defaults", { { "VDHelperAppDelegate_relaunchInterval", interval } } }, { "end", 400 } });
+        desktop().runLoop().run();
+        EXPECT_TRUE(events("process").empty()) << interval;
+    }
+}
+
+TEST_F(VDHelperAppDelegateTest, AReplacedBundleIsNoticedInTheExecutablesFolder)
+{
+    start({ { "timeline",
+                { { { "at", 10 },
+                    { "plists",
+                        { { "/Applications/VardelHelper.app/Contents/Info.plist", { { "CFBundleVersion", "2" } } } } },
+                    { "fileEvent", { { "path", "/Applications/VardelHelper.app/Contents/MacOS" } } } } } },
+        { "end", 200 } });
+    desktop().runLoop().run();
+    auto updates = events("analytics");
+    auto update = std::find_if(updates.begin(), updates.end(),
+        [](const Json& event) { return event["name"] == "VDHelperAppDelegate.relaunchForUpdate"; });
+    ASSERT_NE(update, updates.end());
+    EXPECT_EQ((*update)["attributes"]["newAppBuild"], "2");
+    EXPECT_EQ(desktop().stopReason(), "relaunch");
+}
+
 } // namespace
 } // namespace vardel

@@ -79,7 +79,9 @@ struct ProcessDescription {
     std::optional<std::string> name;
 };
 
+// The tracker's own process and bundle.
 struct BundleDescription {
+    ProcessIdentifier pid = 0;
     std::string bundlePath;
     std::string executablePath;
     std::string bundleIdentifier;

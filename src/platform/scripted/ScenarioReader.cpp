@@ -16,6 +16,7 @@ namespace {
 
 constexpr const char* defaultStart = "2026-01-05T09:00:00Z";
 constexpr const char* defaultSelfIdentifier = "info.quenby.VardelHelper";
+constexpr ProcessIdentifier defaultSelfPid = 100;
 constexpr const char* defaultSelfBundlePath = "/Applications/VardelHelper.app";
 constexpr const char* selfExecutableInBundle = "/Contents/MacOS/VardelHelper";
 constexpr const char* infoPropertyListInBundle = "/Contents/Info.plist";
@@ -266,9 +267,12 @@ void ScenarioReader::readProcesses(const JsonCursor& root, Scenario& scenario)
 
 BundleDescription ScenarioReader::readSelf(const JsonCursor& root) const
 {
-    BundleDescription self { defaultSelfBundlePath, "", defaultSelfIdentifier, { { "CFBundleVersion", "1" } } };
+    BundleDescription self { defaultSelfPid, defaultSelfBundlePath, "", defaultSelfIdentifier,
+        { { "CFBundleVersion", "1" } } };
     if (auto cursor = root.nonNullMember("self")) {
-        cursor->allowOnlyKeys({ "bundlePath", "executablePath", "bundleIdentifier", "info" });
+        cursor->allowOnlyKeys({ "pid", "bundlePath", "executablePath", "bundleIdentifier", "info" });
+        if (auto pid = cursor->nonNullMember("pid"))
+            self.pid = pid->processIdentifier();
         self.bundlePath = optionalPath(*cursor, "bundlePath").value_or(self.bundlePath);
         self.executablePath = optionalPath(*cursor, "executablePath").value_or("");
         self.bundleIdentifier = optionalText(*cursor, "bundleIdentifier").value_or(self.bundleIdentifier);

@@ -4,6 +4,7 @@
 #include "platform/scripted/ScenarioReader.h"
 #include "platform/scripted/ScriptedAccessibility.h"
 #include "platform/scripted/ScriptedAlerts.h"
+#include "platform/scripted/ScriptedFileEventStreams.h"
 #include "platform/scripted/ScriptedPowerManagement.h"
 #include "platform/scripted/ScriptedProcessLauncher.h"
 #include "platform/scripted/ScriptedPropertyListFiles.h"
@@ -56,13 +57,18 @@ struct ScriptedDesktop::State {
         , accessibility(world, timeline, clock, trace)
         , workspace(world, trace)
         , windowServer(world, trace)
-        , processLauncher(world.defaultsDomains, trace)
+        , processLauncher(world.defaultsDomains, trace, world.self.pid)
         , analytics(trace)
         , log(trace, std::cerr)
         , endSeconds(scenario.endSeconds)
     {
         timeline.setInteractionHandler(
             [this](const TimelineStep& step) { runLoop.schedule(0, [this, step] { serveInteractions(step); }); });
+        timeline.setFileEventHandler([this](const std::vector<FileEvent>& events) { fileEventStreams.report(events); });
+        processLauncher.setRelaunchHandler([this](const RelaunchScript& script) {
+            runLoop.schedule(static_cast<double>(script.delaySeconds),
+                [this, bundlePath = script.bundlePath] { endForRelaunch(bundlePath); });
+        });
         // Steps at the start are in effect before the program does anything.
         timeline.advanceTo(0);
     }
@@ -78,6 +84,15 @@ struct ScriptedDesktop::State {
             statusBar.useMenu(*step.menu);
         if (step.script)
             scriptingCommands.deliver(*step.script);
+    }
+
+    // The script's termination signal ends the tracker; then it opens the bundle again. The new
+    // process is not part of the run.
+    void endForRelaunch(const std::string& bundlePath)
+    {
+        runLoop.requestTermination("relaunch");
+        runLoop.stop(0, "relaunch");
+        trace.write("open", { { "target", bundlePath } });
     }
 
     VirtualClock clock;
@@ -100,6 +115,7 @@ struct ScriptedDesktop::State {
     ScriptedAlerts alerts { world.alertAnswers, trace };
     ScriptedStatusBar statusBar { trace };
     ScriptedScriptingCommands scriptingCommands;
+    ScriptedFileEventStreams fileEventStreams { runLoop };
     double endSeconds;
 };
 
@@ -248,6 +264,19 @@ TimeEntryEditor& ScriptedDesktop::timeEntryEditor()
 RunningTaskSource& ScriptedDesktop::runningTasks()
 {
     return state_->runningTasks;
+}
+
+FileEventStreams& ScriptedDesktop::fileEventStreams()
+{
+    return state_->fileEventStreams;
+}
+
+// The bundle's information dictionary is the one the scenario gave at the start; later changes of
+// the Info.plist file do not change it.
+CurrentProcess ScriptedDesktop::currentProcess()
+{
+    const BundleDescription& self = state_->world.self;
+    return { self.pid, self.executablePath, { self.bundlePath, self.bundleIdentifier, std::nullopt, self.info } };
 }
 
 bool ScriptedDesktop::databaseAvailable() const

@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include <filesystem>
+#include <functional>
 #include <iosfwd>
 #include <memory>
 #include <optional>
@@ -66,6 +67,8 @@ public:
     UserNotificationCenter& userNotificationCenter() override;
     TimeEntryEditor& timeEntryEditor() override;
     RunningTaskSource& runningTasks() override;
+    FileEventStreams& fileEventStreams() override;
+    CurrentProcess currentProcess() override;
     // Whether the scenario lets the product's database exist.
     bool databaseAvailable() const;
     std::vector<std::string> preferredLanguages() override;

@@ -14,6 +14,10 @@ std::optional<std::string> ScriptedProcessLauncher::launch(
     const std::string& path, const std::vector<std::string>& arguments)
 {
     trace_.write("process", { { "path", path }, { "arguments", arguments } });
+    if (relaunchHandler_) {
+        if (auto script = RelaunchScript::recognize(path, arguments, trackerPid_))
+            relaunchHandler_(*script);
+    }
     return std::nullopt;
 }
 

@@ -31,12 +31,6 @@ const ApplicationDescription* applicationAtBundlePath(const DesktopWorld& world,
 
 } // namespace
 
-ApplicationBundle ScriptedWorkspace::mainBundle()
-{
-    const BundleDescription& self = world_.self;
-    return ApplicationBundle { self.bundlePath, self.bundleIdentifier, std::nullopt, self.info, self.executablePath };
-}
-
 std::optional<RunningApplication> ScriptedWorkspace::frontmostApplication()
 {
     if (!world_.frontmost)
@@ -68,7 +62,7 @@ std::optional<ApplicationBundle> ScriptedWorkspace::applicationBundleAtPath(cons
     if (!opened)
         return std::nullopt;
     return ApplicationBundle { path, opened->bundleIdentifier, opened->localizedName,
-        opened->info.value_or(Value::Dictionary {}), opened->executablePath };
+        opened->info.value_or(Value::Dictionary {}) };
 }
 
 bool ScriptedWorkspace::openApplication(const std::string& bundlePath)

@@ -15,8 +15,6 @@ public:
     {
     }
 
-    // The scenario's `self`.
-    ApplicationBundle mainBundle() override;
     // None when the frontmost pid is not a running application.
     std::optional<RunningApplication> frontmostApplication() override;
     std::vector<RunningApplication> runningApplications() override;

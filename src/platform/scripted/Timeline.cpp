@@ -60,6 +60,8 @@ void Timeline::apply(const TimelineStep& step)
     bool userActs = step.respond || step.menu || step.script || step.keys;
     if (userActs && interactionHandler_)
         interactionHandler_(step);
+    if (!step.fileEvents.empty() && fileEventHandler_)
+        fileEventHandler_(step.fileEvents);
 }
 
 } // namespace vardel::scripted

@@ -27,6 +27,12 @@ public:
         interactionHandler_ = std::move(handler);
     }
 
+    // The file-system changes of a step, reported at the step's time.
+    void setFileEventHandler(std::function<void(const std::vector<FileEvent>&)> handler)
+    {
+        fileEventHandler_ = std::move(handler);
+    }
+
 private:
     void apply(const TimelineStep&);
 
@@ -36,6 +42,7 @@ private:
     VirtualClock& clock_;
     DesktopWorld& world_;
     std::function<void(const TimelineStep&)> interactionHandler_;
+    std::function<void(const std::vector<FileEvent>&)> fileEventHandler_;
 };
 
 } // namespace vardel::scripted

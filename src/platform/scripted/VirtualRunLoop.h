@@ -32,6 +32,12 @@ public:
         terminationRequestHandler_ = std::move(handler);
     }
 
+    // Asks the program to end, as a termination signal does; nothing happens without a handler.
+    void requestTermination(const std::string& reason)
+    {
+        if (terminationRequestHandler_)
+            terminationRequestHandler_(reason);
+    }
     // Serves the timers due up to and including that time, then moves the clock there; the run
     // goes on.
     void runUntil(double elapsedSeconds);

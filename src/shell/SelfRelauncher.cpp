@@ -1,0 +1,186 @@
+#include "shell/SelfRelauncher.h"
+
+#include "platform/Platform.h"
+#include "product/AnalyticsWrapper.h"
+
+#include <cmath>
+
+namespace vardel {
+
+namespace {
+
+constexpr const char* suppressAllAppRelaunchesKey = "VDHelperAppDelegate_suppressAllAppRelaunches";
+constexpr const char* suppressUpdateAppRelaunchesKey = "VDHelperAppDelegate_suppressUpdateAppRelaunches";
+constexpr const char* lastSelfRelaunchAtKey = "lastSelfRelaunchAt";
+constexpr double checkDelayAfterEventSeconds = 5;
+constexpr double relaunchDelayAfterUpdateSeconds = 60;
+// Longer than any sensible wait, and small enough for every shell's arithmetic.
+constexpr double longestDelaySeconds = 1e9;
+
+void logCriticalEvent(std::string name, Value::Dictionary attributes)
+{
+    AnalyticsWrapper::logEvent(std::move(name), std::move(attributes), std::nullopt, {}, true);
+}
+
+bool preference(const char* key)
+{
+    return platform().standardUserDefaults().getBool(key).value_or(false);
+}
+
+Value textOrNil(const std::optional<std::string>& text)
+{
+    return Value(text.value_or("(nil)"));
+}
+
+std::optional<std::string> bundleVersion(const Value::Dictionary& info)
+{
+    auto found = info.find("CFBundleVersion");
+    if (found == info.end() || !found->second.asText())
+        return std::nullopt;
+    return *found->second.asText();
+}
+
+std::optional<std::string> bundleVersionInFile(const std::string& path)
+{
+    auto contents = platform().propertyListFiles().read(path);
+    const Value::Dictionary* info = contents ? contents->asDictionary() : nullptr;
+    return info ? bundleVersion(*info) : std::nullopt;
+}
+
+std::string joinedPath(std::string folder, std::string_view component)
+{
+    if (!folder.ends_with('/'))
+        folder += '/';
+    return folder + std::string(component);
+}
+
+// Inside double quotes the shell still expands $ and `, and gives \ and " their meaning; a backslash
+// before each makes it literal. Everything else, newlines included, stands for itself there.
+std::string escapedForDoubleQuotes(std::string_view text)
+{
+    std::string escaped;
+    for (char character : text) {
+        if (character == '\\' || character == '"' || character == '$' || character == '`')
+            escaped += '\\';
+        escaped += character;
+    }
+    return escaped;
+}
+
+int64_t wholeSeconds(double delay)
+{
+    if (!(delay > 0))
+        return 0;
+    return static_cast<int64_t>(std::trunc(std::min(delay, longestDelaySeconds)));
+}
+
+size_t runningApplicationCount(const std::optional<std::string>& bundleIdentifier)
+{
+    size_t count = 0;
+    for (const auto& application : platform().workspace().runningApplications()) {
+        if (bundleIdentifier && application.bundleIdentifier == bundleIdentifier)
+            ++count;
+    }
+    return count;
+}
+
+} // namespace
+
+SelfRelauncher::SelfRelauncher(
+    std::function<void(bool isRelaunch)> prepareForShutdown, std::function<void()> prepareForRelaunch)
+    : prepareForShutdown_(std::move(prepareForShutdown))
+    , prepareForRelaunch_(std::move(prepareForRelaunch))
+    , currentAppBuild_(bundleVersion(platform().currentProcess().mainBundle.info))
+    , self_(std::make_shared<SelfRelauncher*>(this))
+{
+}
+
+std::string SelfRelauncher::relaunchScript(
+    double delay, ProcessIdentifier processIdentifier, std::string_view bundlePath)
+{
+    std::string seconds = std::to_string(wholeSeconds(delay));
+    std::string pid = std::to_string(processIdentifier);
+    return "/bin/sleep " + seconds + "; /bin/kill -0 " + pid + " >&/dev/null && /bin/kill " + pid + "; (for i in {1.."
+        + seconds + "}; do /bin/sleep 1; /bin/kill -0 " + pid + " >&/dev/null || break; done; /bin/kill -0 " + pid
+        + " >&/dev/null && /bin/kill -9 " + pid + " && /bin/sleep " + seconds + "; /usr/bin/open \""
+        + escapedForDoubleQuotes(bundlePath) + "\") &";
+}
+
+void SelfRelauncher::relaunchWithDelay(double delay, Value::Dictionary attributes)
+{
+    if (preference(suppressAllAppRelaunchesKey)) {
+        platform().log().info("App relaunch suppressed by preferences");
+        return;
+    }
+    platform().runLoop().schedule(0, [prepare = prepareForShutdown_] { prepare(true); });
+    logCriticalEvent("VDHelperAppDelegate.relaunchRequested", attributes);
+    platform().standardUserDefaults().setObject(lastSelfRelaunchAtKey, Value(platform().clock().now()));
+
+    CurrentProcess process = platform().currentProcess();
+    std::string script = relaunchScript(delay, process.processIdentifier, process.mainBundle.path);
+    auto launchError = platform().processLauncher().launch("/bin/sh", { "-c", script });
+
+    platform().runLoop().sleep(1);
+    sendRelaunchProcessFinished(std::move(attributes), launchError);
+    platform().runLoop().sleep(2);
+    prepareForRelaunch_();
+}
+
+void SelfRelauncher::relaunch()
+{
+    relaunchWithDelay(5, { { "reason", Value("IBAction") } });
+}
+
+void SelfRelauncher::sendRelaunchProcessFinished(
+    Value::Dictionary attributes, const std::optional<std::string>& launchError) const
+{
+    attributes.insert_or_assign("launchResult", Value(!launchError));
+    if (launchError)
+        attributes.insert_or_assign("error", Value(*launchError));
+    auto count = runningApplicationCount(platform().currentProcess().mainBundle.bundleIdentifier);
+    attributes.insert_or_assign("runningAppCount", Value(static_cast<int64_t>(count)));
+    logCriticalEvent("VDHelperAppDelegate.relaunchProcessFinished", std::move(attributes));
+}
+
+// Every event gets its own check: no earlier check is cancelled, since each carries its event.
+void SelfRelauncher::pathWatcher(SCEvents&, const SCEvent& event)
+{
+    platform().log().info("Update detected - initiating relaunch...");
+    if (preference(suppressUpdateAppRelaunchesKey)) {
+        platform().log().info("Update relaunch suppressed by preferences");
+        return;
+    }
+    std::weak_ptr<SelfRelauncher*> weak = self_;
+    platform().runLoop().schedule(checkDelayAfterEventSeconds, [weak, event] {
+        if (auto self = weak.lock())
+            (*self)->handlePathWatcherEvent(event);
+    });
+}
+
+void SelfRelauncher::handlePathWatcherEvent(const SCEvent& event)
+{
+    std::string infoPlistPath = joinedPath(platform().currentProcess().mainBundle.path, "Contents/Info.plist");
+    std::optional<std::string> newAppBuild = bundleVersionInFile(infoPlistPath);
+    if (newAppBuild && currentAppBuild_ && *newAppBuild == *currentAppBuild_) {
+        platform().log().info("Old and new build are equal (" + *newAppBuild + "); skipping relaunch");
+        return;
+    }
+    if (!newAppBuild) {
+        platform().log().warning("Warning: Could not read new app build version from Info.plist at " + infoPlistPath);
+        logCriticalEvent("VDHelperAppDelegate.relaunchForUpdate.couldNotReadNewVersion",
+            { { "infoPlistPath", Value(infoPlistPath) }, { "eventPath", Value(event.eventPath()) } });
+    }
+    Value::Dictionary parameters { { "reason", Value("pathWatcherTriggered") },
+        { "eventPath", Value(event.eventPath()) }, { "eventFlag", Value(static_cast<int64_t>(event.eventFlag())) },
+        { "currentAppBuild", textOrNil(currentAppBuild_) }, { "newAppBuild", textOrNil(newAppBuild) },
+        { "oldAndNewBuildAreEqual", Value(false) } };
+    logCriticalEvent("VDHelperAppDelegate.relaunchForUpdate", parameters);
+
+    std::weak_ptr<SelfRelauncher*> weak = self_;
+    platform().runLoop().schedule(0, [weak, parameters = std::move(parameters)] {
+        if (auto self = weak.lock())
+            (*self)->relaunchWithDelay(relaunchDelayAfterUpdateSeconds, parameters);
+    });
+}
+
+} // namespace vardel

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "platform/Accessibility.h"
+#include "platform/Value.h"
+#include "shell/SCEvents.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace vardel {
+
+// Restarts the tracker through a detached shell script that ends this process and opens the bundle
+// again: on request, and when the bundle was replaced by another build (the file-event watcher on
+// the executable's folder reports it). The application delegate owns one and forwards to it.
+//
+// Work that the desktop platform would do on a background queue (the relaunch after an update) runs
+// on the main run loop here, since the whole process works on that one thread; the relaunch's
+// waits of 1 and 2 seconds therefore block it.
+class SelfRelauncher final : public SCEventListenerProtocol {
+public:
+    // prepareForShutdown lets the recording service store what it holds (called with true, on the run
+    // loop); prepareForRelaunch is the product's last step before the script's signal comes. Reads
+    // the running bundle's build.
+    SelfRelauncher(std::function<void(bool isRelaunch)> prepareForShutdown, std::function<void()> prepareForRelaunch);
+    SelfRelauncher(const SelfRelauncher&) = delete;
+    SelfRelauncher& operator=(const SelfRelauncher&) = delete;
+
+    // Blocks the run loop for 3 seconds unless relaunches are suppressed.
+    void relaunchWithDelay(double delay, Value::Dictionary attributes);
+    void relaunch();
+
+    void pathWatcher(SCEvents& watcher, const SCEvent& event) override;
+    void handlePathWatcherEvent(const SCEvent& event);
+
+    // The running bundle's "CFBundleVersion" as read at start-up.
+    const std::optional<std::string>& currentAppBuild() const { return currentAppBuild_; }
+
+    // The shell script that waits the delay (whole seconds), ends the process, and opens the bundle.
+    // The path is quoted so that the shell takes it literally, whatever it contains.
+    static std::string relaunchScript(double delay, ProcessIdentifier processIdentifier, std::string_view bundlePath);
+
+private:
+    void sendRelaunchProcessFinished(Value::Dictionary attributes, const std::optional<std::string>& launchError) const;
+
+    std::function<void(bool)> prepareForShutdown_;
+    std::function<void()> prepareForRelaunch_;
+    std::optional<std::string> currentAppBuild_;
+    // Delayed checks hold it weakly, so that they do nothing once this object is gone.
+    std::shared_ptr<SelfRelauncher*> self_;
+};
+
+} // namespace vardel
