@@ -55,7 +55,11 @@ int runTracker(vardel::Platform& platform, const std::vector<std::string>& argum
     vardel::InfoLogger infoLogger;
     vardel::VDHelperAppDelegate delegate(infoLogger);
     delegate.awakeFromNib(arguments);
-    return platform.runLoop().run();
+    int status = platform.runLoop().run();
+    // Reaching the scenario's end ends the run as a termination request does: the recording
+    // service writes what it holds.
+    infoLogger.prepareForShutdownWithIsRelaunch(false);
+    return status;
 }
 
 } // namespace
