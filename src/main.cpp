@@ -7,6 +7,7 @@
 #include "product/DataFolder.h"
 #include "product/DatabaseWrapper.h"
 #include "product/InfoLogger.h"
+#include "product/StatusItemInfoProvider.h"
 #include "product/SupportRequests.h"
 #include "shell/VDHelperAppDelegate.h"
 
@@ -50,11 +51,27 @@ void configureProductStores(const vardel::scripted::ScriptedDesktop& desktop)
         vardel::DatabaseWrapper::sharedInstance().configureUnavailable();
 }
 
+// The status item shows today's total from the activity store and the sync manager's status.
+void connectStatusItemToStore()
+{
+    vardel::StatusItemInfoProvider::sharedInstance().setSources({
+        [](vardel::Date from, vardel::Date to) {
+            vardel::Database* database = vardel::DatabaseWrapper::sharedInstance().database();
+            if (!database)
+                return 0.0;
+            auto total = database->totalActivitySecondsBetween(from, to);
+            return total.ok() ? total.value() : 0.0;
+        },
+        [] { return vardel::DatabaseWrapper::sharedInstance().syncManager().statusTitle(); },
+    });
+}
+
 int runTracker(vardel::Platform& platform, const std::vector<std::string>& arguments)
 {
     vardel::InfoLogger infoLogger;
     vardel::VDHelperAppDelegate delegate(infoLogger);
     delegate.awakeFromNib(arguments);
+    vardel::VDHelperAppDelegate::applicationDidFinishLaunching(arguments);
     int status = platform.runLoop().run();
     // Reaching the scenario's end ends the run as a termination request does: the recording
     // service writes what it holds.
@@ -94,6 +111,7 @@ int main(int argc, char** argv)
 
     vardel::Platform::install(desktop.get());
     configureProductStores(*desktop);
+    connectStatusItemToStore();
     int status = runTracker(*desktop, arguments);
     // Closes the database, so that its write-ahead log is merged back before the process ends.
     vardel::DatabaseWrapper::sharedInstance().configureUnavailable();

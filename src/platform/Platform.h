@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Accessibility.h"
+#include "platform/Alerts.h"
 #include "platform/AnalyticsSink.h"
 #include "platform/Clock.h"
 #include "platform/EventTrace.h"
@@ -11,7 +12,9 @@
 #include "platform/PropertyListFiles.h"
 #include "platform/RunLoop.h"
 #include "platform/RunningTaskSource.h"
+#include "platform/ScriptingCommands.h"
 #include "platform/StandardStreams.h"
+#include "platform/StatusBar.h"
 #include "platform/TimeEntryEditor.h"
 #include "platform/UserNotificationCenter.h"
 #include "platform/WindowServer.h"
@@ -46,6 +49,9 @@ public:
     virtual UserNotificationCenter& userNotificationCenter() = 0;
     virtual TimeEntryEditor& timeEntryEditor() = 0;
     virtual RunningTaskSource& runningTasks() = 0;
+    virtual Alerts& alerts() = 0;
+    virtual StatusBar& statusBar() = 0;
+    virtual ScriptingCommands& scriptingCommands() = 0;
     // The user's languages, most preferred first ("en", "de-CH").
     virtual std::vector<std::string> preferredLanguages() = 0;
 

@@ -24,6 +24,11 @@ public:
     // given to stop().
     virtual int run() = 0;
     virtual void stop(int status, std::string reason) = 0;
+
+    // Someone outside asks the process to end (the session ends, a termination signal, the end of
+    // a scripted run). The handler ends the run with stop() when the program is ready; without a
+    // handler the run stops at once.
+    virtual void setTerminationRequestHandler(std::function<void(const std::string& reason)>) = 0;
 };
 
 } // namespace vardel

@@ -26,12 +26,15 @@ struct ApplicationBundle {
     std::optional<std::string> localizedName;
     // The bundle's information dictionary; empty when it has none.
     Value::Dictionary info;
+    std::optional<std::string> executablePath;
 };
 
 class Workspace {
 public:
     virtual ~Workspace() = default;
 
+    // The bundle of this very program.
+    virtual ApplicationBundle mainBundle() = 0;
     virtual std::optional<RunningApplication> frontmostApplication() = 0;
     virtual std::vector<RunningApplication> runningApplications() = 0;
     // The bundle of the installed application with that identifier, running or not.

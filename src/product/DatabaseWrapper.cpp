@@ -25,6 +25,8 @@ void DatabaseWrapper::configure(std::filesystem::path dataFolder)
 void DatabaseWrapper::configureUnavailable()
 {
     dataFolder_.reset();
+    if (activityWriter_)
+        activityWriter_->flush();
     activityWriter_.reset();
     database_.reset();
     openingFailed_ = false;

@@ -17,8 +17,8 @@ class DatabaseWrapper {
 public:
     static DatabaseWrapper& sharedInstance();
 
-    // Each closes a database opened under the previous configuration; what its activity writer
-    // still held is dropped, so write it first.
+    // Each closes a database opened under the previous configuration, after its activity writer
+    // wrote what it still held: releasing the database at termination loses no activity.
     void configure(std::filesystem::path dataFolder);
     void configureUnavailable();
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <vector>
 
 namespace vardel::DurationFormatter {
 
@@ -42,26 +41,23 @@ std::string format(double seconds)
     return text;
 }
 
-std::string shortString(double seconds, int maxComponents, bool alwaysShowMinutes)
+std::string shortStringFor(double seconds, int maxComponents, bool alwaysShowMinutes)
 {
+    maxComponents = std::clamp(maxComponents, 1, 3);
     int64_t total = wholeSeconds(seconds);
-    struct Part {
-        int64_t count;
-        char unit;
-    };
-    std::vector<Part> parts = { { total / 3600, 'h' }, { total / 60 % 60, 'm' } };
-    if (!alwaysShowMinutes)
-        parts.push_back({ total % 60, 's' });
-    auto first = std::find_if(parts.begin(), parts.end(), [](const Part& part) { return part.count != 0; });
-    if (first == parts.end())
-        return alwaysShowMinutes ? "0m" : "0s";
+    const int64_t parts[] = { total / 3600, total / 60 % 60, total % 60 };
+    const char units[] = { 'h', 'm', 's' };
+    int first = 0;
+    while (first < 2 && parts[first] == 0)
+        ++first;
     std::string text;
-    int taken = 0;
-    for (auto part = first; part != parts.end() && taken < maxComponents; ++part, ++taken) {
-        if (part->count != 0 || (alwaysShowMinutes && part->unit == 'm'))
-            text += (text.empty() ? "" : " ") + std::to_string(part->count) + part->unit;
+    for (int unit = first; unit < 3 && unit < first + maxComponents; ++unit) {
+        if (parts[unit] == 0 && units[unit] == 'm' && alwaysShowMinutes)
+            text += text.empty() ? "0m" : " 0m";
+        else
+            appendPart(text, parts[unit], units[unit]);
     }
-    return text;
+    return text.empty() ? "0" + std::string(1, units[std::min(first + maxComponents, 3) - 1]) : text;
 }
 
 } // namespace vardel::DurationFormatter

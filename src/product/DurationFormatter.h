@@ -10,9 +10,9 @@ namespace vardel::DurationFormatter {
 // none.
 std::string format(double seconds);
 
-// The same parts, at most maxComponents of them, counted from the largest that is not zero, such
-// as "2h 5m" for 7,530 s with two components. With alwaysShowMinutes, seconds are left out and
-// minutes always appear: "0m" under a minute, "2h 0m" on the hour.
-std::string shortString(double seconds, int maxComponents, bool alwaysShowMinutes);
+// The same parts, but only the largest maxComponents units from the first one that is not zero
+// ("1h 2m" for 3,725 seconds with two components). With alwaysShowMinutes a zero minute part
+// within those units is written as "0m" rather than left out.
+std::string shortStringFor(double seconds, int maxComponents, bool alwaysShowMinutes);
 
 } // namespace vardel::DurationFormatter

@@ -4,7 +4,6 @@
 #include "product/DatabaseWrapper.h"
 #include "product/InfoLogger.h"
 #include "product/IntegrationsUpdater.h"
-#include "product/TodayTotal.h"
 #include "support/ScriptedDesktopTest.h"
 #include "support/TemporaryFolder.h"
 
@@ -249,21 +248,6 @@ TEST_F(ActivityStoreTest, TotalCountsOnlyThePartsOfSpansInsideTheRange)
     auto total = DatabaseWrapper::sharedInstance().database()->totalActivitySecondsBetween(at(0), at(250));
     ASSERT_TRUE(total.ok());
     EXPECT_DOUBLE_EQ(total.value(), 50 + 40 + 50);
-}
-
-TEST_F(ActivityStoreTest, TodaysTotalCountsFromTheLocalMidnight)
-{
-    // The scripted desktop starts at 09:00 UTC; in UTC the day began nine hours earlier.
-    setenv("TZ", "UTC", 1);
-    std::vector<ActivitySpan> spans = { span(-10 * 3600, -8 * 3600, inApplication("Editor")),
-        span(-3600, 3900, inApplication("Mail")), span(7200, 9000, inApplication("Editor")) };
-    ASSERT_FALSE(DatabaseWrapper::sharedInstance().database()->saveActivitySpans(spans));
-
-    EXPECT_EQ(TodayTotal::secondsUntil(at(8000)), 3600 + 7500 + 800);
-    EXPECT_EQ(TodayTotal::title(at(8000)), "3h 18m");
-    DatabaseWrapper::sharedInstance().configureUnavailable();
-    EXPECT_EQ(TodayTotal::title(at(8000)), std::nullopt);
-    unsetenv("TZ");
 }
 
 TEST_F(ActivityStoreTest, BackupsAreWholeDatabasesAndOnlyTheNewestSevenStay)

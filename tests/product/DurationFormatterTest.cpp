@@ -27,17 +27,5 @@ TEST(DurationFormatterTest, FractionsRoundDownAndNothingIsZeroSeconds)
     EXPECT_FALSE(DurationFormatter::format(std::numeric_limits<double>::infinity()).empty());
 }
 
-TEST(DurationFormatterTest, ShortStringKeepsTheLargestPartsAndCanAlwaysShowMinutes)
-{
-    EXPECT_EQ(DurationFormatter::shortString(7530, 2, true), "2h 5m");
-    EXPECT_EQ(DurationFormatter::shortString(7200, 2, true), "2h 0m");
-    EXPECT_EQ(DurationFormatter::shortString(45, 2, true), "0m");
-    EXPECT_EQ(DurationFormatter::shortString(3599, 2, false), "59m 59s");
-    EXPECT_EQ(DurationFormatter::shortString(3605, 2, false), "1h");
-    EXPECT_EQ(DurationFormatter::shortString(3725, 3, false), "1h 2m 5s");
-    EXPECT_EQ(DurationFormatter::shortString(3725, 1, false), "1h");
-    EXPECT_EQ(DurationFormatter::shortString(0, 2, false), "0s");
-}
-
 } // namespace
 } // namespace vardel

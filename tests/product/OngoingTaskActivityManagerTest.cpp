@@ -8,6 +8,8 @@ namespace {
 class FixedRunningTask final : public RunningTaskSource {
 public:
     std::optional<RunningTaskTimer> runningTask() const override { return timer; }
+    void startTimer(const RunningTaskTimer& started) override { timer = started; }
+    void stopTimer() override { timer.reset(); }
     std::optional<RunningTaskTimer> timer;
 };
 

@@ -3,11 +3,14 @@
 #include "platform/scripted/DesktopWorld.h"
 #include "platform/scripted/ScenarioReader.h"
 #include "platform/scripted/ScriptedAccessibility.h"
+#include "platform/scripted/ScriptedAlerts.h"
 #include "platform/scripted/ScriptedPowerManagement.h"
 #include "platform/scripted/ScriptedProcessLauncher.h"
 #include "platform/scripted/ScriptedPropertyListFiles.h"
 #include "platform/scripted/ScriptedRunningTaskSource.h"
+#include "platform/scripted/ScriptedScriptingCommands.h"
 #include "platform/scripted/ScriptedStandardStreams.h"
+#include "platform/scripted/ScriptedStatusBar.h"
 #include "platform/scripted/ScriptedTimeEntryEditor.h"
 #include "platform/scripted/ScriptedUserNotificationCenter.h"
 #include "platform/scripted/ScriptedWindowServer.h"
@@ -58,11 +61,23 @@ struct ScriptedDesktop::State {
         , log(trace, std::cerr)
         , endSeconds(scenario.endSeconds)
     {
-        timeline.setInteractionHandler([this](const TimelineStep& step) {
-            runLoop.schedule(0, [this, response = *step.respond] { userNotificationCenter.respond(response); });
-        });
+        timeline.setInteractionHandler(
+            [this](const TimelineStep& step) { runLoop.schedule(0, [this, step] { serveInteractions(step); }); });
         // Steps at the start are in effect before the program does anything.
         timeline.advanceTo(0);
+    }
+
+    // Keys first, since they are held while the menu of the same step opens.
+    void serveInteractions(const TimelineStep& step)
+    {
+        if (step.keys)
+            statusBar.holdKeys(*step.keys);
+        if (step.respond)
+            userNotificationCenter.respond(*step.respond);
+        if (step.menu)
+            statusBar.useMenu(*step.menu);
+        if (step.script)
+            scriptingCommands.deliver(*step.script);
     }
 
     VirtualClock clock;
@@ -81,7 +96,10 @@ struct ScriptedDesktop::State {
     ScriptedPowerManagement powerManagement { world };
     ScriptedUserNotificationCenter userNotificationCenter { world.notificationsPermitted, trace };
     ScriptedTimeEntryEditor timeEntryEditor { world.editorAnswers, trace };
-    ScriptedRunningTaskSource runningTasks { world, clock.now() };
+    ScriptedRunningTaskSource runningTasks { world, clock.now(), trace };
+    ScriptedAlerts alerts { world.alertAnswers, trace };
+    ScriptedStatusBar statusBar { trace };
+    ScriptedScriptingCommands scriptingCommands;
     double endSeconds;
 };
 
@@ -244,6 +262,22 @@ PowerManagement& ScriptedDesktop::powerManagement()
 StandardStreams& ScriptedDesktop::standardStreams()
 {
     return state_->standardStreams;
+}
+Alerts& ScriptedDesktop::alerts()
+{
+    return state_->alerts;
+}
+StatusBar& ScriptedDesktop::statusBar()
+{
+    return state_->statusBar;
+}
+ScriptingCommands& ScriptedDesktop::scriptingCommands()
+{
+    return state_->scriptingCommands;
+}
+std::optional<StatusItemAppearance> ScriptedDesktop::statusItemAppearance() const
+{
+    return state_->statusBar.appearance();
 }
 std::vector<std::string> ScriptedDesktop::preferredLanguages()
 {

@@ -69,6 +69,11 @@ public:
     // Whether the scenario lets the product's database exist.
     bool databaseAvailable() const;
     std::vector<std::string> preferredLanguages() override;
+    Alerts& alerts() override;
+    StatusBar& statusBar() override;
+    ScriptingCommands& scriptingCommands() override;
+    // How the status item looks now; none before the program installed it.
+    std::optional<StatusItemAppearance> statusItemAppearance() const;
 
 private:
     struct State;

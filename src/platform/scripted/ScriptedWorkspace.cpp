@@ -31,6 +31,12 @@ const ApplicationDescription* applicationAtBundlePath(const DesktopWorld& world,
 
 } // namespace
 
+ApplicationBundle ScriptedWorkspace::mainBundle()
+{
+    const BundleDescription& self = world_.self;
+    return ApplicationBundle { self.bundlePath, self.bundleIdentifier, std::nullopt, self.info, self.executablePath };
+}
+
 std::optional<RunningApplication> ScriptedWorkspace::frontmostApplication()
 {
     if (!world_.frontmost)
@@ -62,7 +68,7 @@ std::optional<ApplicationBundle> ScriptedWorkspace::applicationBundleAtPath(cons
     if (!opened)
         return std::nullopt;
     return ApplicationBundle { path, opened->bundleIdentifier, opened->localizedName,
-        opened->info.value_or(Value::Dictionary {}) };
+        opened->info.value_or(Value::Dictionary {}), opened->executablePath };
 }
 
 bool ScriptedWorkspace::openApplication(const std::string& bundlePath)

@@ -15,6 +15,8 @@ public:
     {
     }
 
+    // The scenario's `self`.
+    ApplicationBundle mainBundle() override;
     // None when the frontmost pid is not a running application.
     std::optional<RunningApplication> frontmostApplication() override;
     std::vector<RunningApplication> runningApplications() override;

@@ -57,7 +57,8 @@ void Timeline::apply(const TimelineStep& step)
     applyChanges(step.preferences, world_.productPreferences);
     if (step.runningTask)
         world_.runningTask = *step.runningTask;
-    if (step.respond && interactionHandler_)
+    bool userActs = step.respond || step.menu || step.script || step.keys;
+    if (userActs && interactionHandler_)
         interactionHandler_(step);
 }
 

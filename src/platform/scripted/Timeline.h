@@ -19,7 +19,8 @@ public:
 
     void advanceTo(double elapsedSeconds);
 
-    // The user's interactions of a step (answers to notifications) go to the program through this
+    // The user's interactions of a step (answers to notifications, the menu, keys held, commands
+    // from other programs) go to the program through this
     // handler, which serves them on the run loop rather than in the middle of whatever is running.
     void setInteractionHandler(std::function<void(const TimelineStep&)> handler)
     {

@@ -37,13 +37,31 @@ int VirtualRunLoop::run()
         bool ended
             = clock_.elapsedSeconds() >= endSeconds_ || timers_.empty() || timers_.begin()->first.first >= endSeconds_;
         if (ended) {
-            timeline_.advanceTo(endSeconds_);
-            stop(0, "end");
+            endRun();
             break;
         }
         serveFirst();
     }
     return status_;
+}
+
+void VirtualRunLoop::endRun()
+{
+    timeline_.advanceTo(endSeconds_);
+    if (terminationRequestHandler_) {
+        terminationRequestHandler_("end");
+        // Only what the program scheduled to finish its work runs in the grace time; the timeline
+        // has ended.
+        double graceEnd = endSeconds_ + terminationGraceSeconds;
+        while (!stopped_ && !timers_.empty() && timers_.begin()->first.first <= graceEnd) {
+            auto first = timers_.begin();
+            auto callback = std::move(first->second);
+            clock_.moveTo(first->first.first);
+            timers_.erase(first);
+            callback();
+        }
+    }
+    stop(0, "end");
 }
 
 void VirtualRunLoop::stop(int status, std::string reason)

@@ -13,9 +13,13 @@ namespace vardel::scripted {
 
 // The run loop in virtual time: timers are served in order of due time (equal times in the order
 // they were scheduled), and the clock jumps to each one. A blocking sleep moves the clock without
-// serving timers. The run ends at the scenario's end; nothing due at or after it is served.
+// serving timers. The run ends at the scenario's end, as by a termination request: the program may
+// finish its work in the grace time that follows; nothing else due at or after the end is served.
 class VirtualRunLoop final : public RunLoop {
 public:
+    // How long past the end a program that asked to finish its work before ending may take.
+    static constexpr double terminationGraceSeconds = 5;
+
     VirtualRunLoop(VirtualClock&, Timeline&, double endSeconds);
 
     TimerId schedule(double delaySeconds, std::function<void()> callback) override;
@@ -23,6 +27,10 @@ public:
     void sleep(double seconds) override;
     int run() override;
     void stop(int status, std::string reason) override;
+    void setTerminationRequestHandler(std::function<void(const std::string& reason)> handler) override
+    {
+        terminationRequestHandler_ = std::move(handler);
+    }
 
     // Serves the timers due up to and including that time, then moves the clock there; the run
     // goes on.
@@ -33,6 +41,7 @@ public:
 
 private:
     void serveFirst();
+    void endRun();
 
     VirtualClock& clock_;
     Timeline& timeline_;
@@ -43,6 +52,7 @@ private:
     bool stopped_ = false;
     int status_ = 0;
     std::string stopReason_;
+    std::function<void(const std::string&)> terminationRequestHandler_;
 };
 
 } // namespace vardel::scripted

@@ -1,0 +1,72 @@
+#include "product/HelperHelper.h"
+
+#include "platform/Platform.h"
+#include "product/AnalyticsWrapper.h"
+
+#include <cmath>
+#include <ctime>
+
+namespace vardel {
+
+namespace {
+
+nlohmann::ordered_json optionalText(const std::optional<std::string>& text)
+{
+    return text ? nlohmann::ordered_json(*text) : nlohmann::ordered_json(nullptr);
+}
+
+nlohmann::ordered_json optionalDate(const std::optional<Date>& date)
+{
+    return date ? nlohmann::ordered_json(date->secondsSince1970) : nlohmann::ordered_json(nullptr);
+}
+
+} // namespace
+
+bool HelperHelper::tasksAvailable()
+{
+    return platform().productPreferences().getBool("tasksAvailable").value_or(true);
+}
+
+bool HelperHelper::taskButtonsEnabled()
+{
+    return platform().productPreferences().getBool("taskButtonsEnabled").value_or(true);
+}
+
+double HelperHelper::secondsUntilTomorrow()
+{
+    double now = platform().clock().now().secondsSince1970;
+    std::time_t wholeSeconds = static_cast<std::time_t>(std::floor(now));
+    std::tm local {};
+    localtime_r(&wholeSeconds, &local);
+    local.tm_mday += 1;
+    local.tm_hour = local.tm_min = local.tm_sec = 0;
+    // Let the library decide whether summer time applies at midnight.
+    local.tm_isdst = -1;
+    return static_cast<double>(std::mktime(&local)) - now;
+}
+
+void HelperHelper::logEventWithName(std::string name, Value::Dictionary attributes, bool critical)
+{
+    AnalyticsWrapper::logEvent(
+        std::move(name), std::move(attributes), std::nullopt, {}, critical ? std::optional(true) : std::nullopt);
+}
+
+void HelperHelper::checkForAccessibilitySuccess(const AccessibilityStatistics& statistics)
+{
+    platform().trace().write("accessibilityStats",
+        { { "numberOfTimesWeHaveSeenAlwaysIgnoredApplications",
+              statistics.numberOfTimesWeHaveSeenAlwaysIgnoredApplications },
+            { "lastAlwaysIgnoredApplication", optionalText(statistics.lastAlwaysIgnoredApplication) },
+            { "hasEnteredAccessibilityBranchAtAll", statistics.hasEnteredAccessibilityBranchAtAll },
+            { "hasSuccessfullyFetchedAccessibilityApplication",
+                statistics.hasSuccessfullyFetchedAccessibilityApplication },
+            { "hasSuccessfullyFetchedAccessibilityWindow", statistics.hasSuccessfullyFetchedAccessibilityWindow },
+            { "lastSuccessfulAccessibilityWindowFetch",
+                optionalDate(statistics.lastSuccessfulAccessibilityWindowFetch) },
+            { "unsuccessfulWindowFetchesSinceLastSuccessful", statistics.unsuccessfulWindowFetchesSinceLastSuccessful },
+            { "lastApplicationWithoutWindow", optionalText(statistics.lastApplicationWithoutWindow) },
+            { "lastWindowFetchError", statistics.lastWindowFetchError },
+            { "hasSuccessfullyUsedAccessibility", statistics.hasSuccessfullyUsedAccessibility } });
+}
+
+} // namespace vardel
