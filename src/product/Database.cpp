@@ -2,6 +2,7 @@
 
 #include "platform/Platform.h"
 #include "platform/ValueJson.h"
+#include "product/ActivitySpanTable.h"
 #include "product/DatabaseSchema.h"
 
 #include <system_error>
@@ -136,6 +137,41 @@ DatabaseResult<std::optional<TaskActivity>> Database::mostRecentEntry(std::strin
     if (entries.value().empty())
         return std::optional<TaskActivity>();
     return std::optional<TaskActivity>(entries.value().front());
+}
+
+std::optional<DatabaseError> Database::saveActivitySpans(std::vector<ActivitySpan>& spans)
+{
+    std::vector<int64_t> identifiers;
+    auto failure = connection_.writeTransaction([&]() -> std::optional<DatabaseError> {
+        for (const ActivitySpan& span : spans) {
+            auto saved = ActivitySpanTable::save(connection_, span);
+            if (!saved.ok())
+                return saved.error();
+            identifiers.push_back(saved.value());
+        }
+        return std::nullopt;
+    });
+    // Ids are handed out only once committed: a rolled-back insert must be inserted again.
+    if (!failure) {
+        for (size_t index = 0; index < spans.size(); ++index)
+            spans[index].id = identifiers[index];
+    }
+    return failure;
+}
+
+DatabaseResult<std::vector<ActivitySpan>> Database::activitySpansInRange(Date from, Date to)
+{
+    return ActivitySpanTable::overlapping(connection_, from, to);
+}
+
+DatabaseResult<double> Database::totalActivitySecondsBetween(Date from, Date to)
+{
+    return ActivitySpanTable::totalSecondsBetween(connection_, from, to);
+}
+
+std::optional<DatabaseError> Database::backUpInto(const std::filesystem::path& file)
+{
+    return connection_.backUpInto(file);
 }
 
 } // namespace vardel

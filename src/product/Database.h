@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Value.h"
+#include "product/ActivitySpan.h"
 #include "product/DatabaseErrorPresenter.h"
 #include "product/DatabaseResult.h"
 #include "product/DatabaseTransaction.h"
@@ -41,6 +42,20 @@ public:
     DatabaseResult<std::vector<TaskActivity>> entriesInRange(Date from, Date to);
     // The entry with exactly this title that started last, if any.
     DatabaseResult<std::optional<TaskActivity>> mostRecentEntry(std::string_view title);
+
+    // Writes the spans in one transaction: new ones are inserted and get their id, the others
+    // replace their rows. On an error nothing is written and no span changes.
+    std::optional<DatabaseError> saveActivitySpans(std::vector<ActivitySpan>& spans);
+    // The spans that overlap [from, to), earliest first, as stored (not clipped to the range).
+    DatabaseResult<std::vector<ActivitySpan>> activitySpansInRange(Date from, Date to);
+    // The seconds of recorded activity inside [from, to).
+    DatabaseResult<double> totalActivitySecondsBetween(Date from, Date to);
+
+    // A copy of the whole database in a new file.
+    std::optional<DatabaseError> backUpInto(const std::filesystem::path& file);
+
+    // For the product's other stores that keep their tables in this file (integrations).
+    SqliteConnection& connection() { return connection_; }
 
 private:
     explicit Database(SqliteConnection);

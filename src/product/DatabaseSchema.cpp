@@ -25,6 +25,31 @@ constexpr std::array migrations = {
         CREATE INDEX time_entries_by_start ON time_entries (started_at);
         CREATE INDEX time_entries_by_title ON time_entries (title, started_at);
     )sql",
+    // The recorded activity, one row per span of identical samples, and the integrations that the
+    // step after a sync refreshes. Spans are looked up by their end, since "today" and every report
+    // ask for the spans that end after a moment.
+    R"sql(
+        CREATE TABLE activity_spans (
+            id INTEGER PRIMARY KEY,
+            started_at REAL NOT NULL,
+            ended_at REAL NOT NULL,
+            bundle_identifier TEXT,
+            application_name TEXT,
+            window_title TEXT,
+            document_path TEXT,
+            document_title TEXT,
+            context_path TEXT,
+            is_private INTEGER NOT NULL DEFAULT 0,
+            is_fullscreen INTEGER NOT NULL DEFAULT 0,
+            CHECK (ended_at >= started_at)
+        );
+        CREATE INDEX activity_spans_by_end ON activity_spans (ended_at);
+        CREATE TABLE integrations (
+            identifier TEXT PRIMARY KEY NOT NULL,
+            name TEXT NOT NULL,
+            refreshed_at REAL
+        );
+    )sql",
 };
 static_assert(migrations.size() == DatabaseSchema::currentVersion);
 

@@ -1,6 +1,9 @@
 #include "product/DatabaseWrapper.h"
 
+#include "platform/Platform.h"
 #include "platform/ProcessWide.h"
+#include "product/DatabaseBackups.h"
+#include "product/IntegrationsPostSyncUpdater.h"
 
 namespace vardel {
 
@@ -22,6 +25,9 @@ void DatabaseWrapper::configure(std::filesystem::path dataFolder)
 void DatabaseWrapper::configureUnavailable()
 {
     dataFolder_.reset();
+    if (activityWriter_)
+        activityWriter_->flush();
+    activityWriter_.reset();
     database_.reset();
     openingFailed_ = false;
 }
@@ -46,6 +52,43 @@ Database* DatabaseWrapper::database()
     database_ = std::move(opened).value();
     database_->setErrorPresenter(presenter_);
     return database_.get();
+}
+
+ActivityWriter* DatabaseWrapper::activityWriter()
+{
+    if (!activityWriter_) {
+        if (Database* opened = database())
+            activityWriter_ = std::make_unique<ActivityWriter>(*opened);
+    }
+    return activityWriter_.get();
+}
+
+void DatabaseWrapper::generateAllSampleDataIfNeeded()
+{
+    database();
+}
+
+void DatabaseWrapper::setupPostSyncUpdater()
+{
+    ActivityWriter* writer = activityWriter();
+    if (!writer)
+        return;
+    auto updater = std::make_shared<IntegrationsUpdater>(VardelIntegrationsDatabaseAdapter(*database_));
+    writer->setPostSyncUpdater(std::make_unique<IntegrationsPostSyncUpdater>(std::move(updater)));
+}
+
+void DatabaseWrapper::createAutomaticBackup()
+{
+    Database* opened = database();
+    if (!opened)
+        return;
+    if (ActivityWriter* writer = activityWriter())
+        writer->flush();
+    auto backup = DatabaseBackups::create(*opened, *dataFolder_, platform().clock().now());
+    if (backup.ok())
+        platform().log().info("Automatic backup written to " + backup.value().string());
+    else
+        platform().log().warning(backup.error().message);
 }
 
 } // namespace vardel

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "product/ActivityWriter.h"
 #include "product/Database.h"
 #include "product/DatabaseErrorPresenter.h"
+#include "product/SyncManager.h"
 
 #include <filesystem>
 #include <memory>
@@ -15,7 +17,8 @@ class DatabaseWrapper {
 public:
     static DatabaseWrapper& sharedInstance();
 
-    // Each closes a database opened under the previous configuration.
+    // Each closes a database opened under the previous configuration, after its activity writer
+    // wrote what it still held: releasing the database at termination loses no activity.
     void configure(std::filesystem::path dataFolder);
     void configureUnavailable();
 
@@ -26,11 +29,28 @@ public:
     // failure to open is presented once and not retried until the next configuration.
     Database* database();
 
+    // The writer of recorded activity into the open database; nullptr without one.
+    ActivityWriter* activityWriter();
+
+    // This build ships no sample data. The database is opened here, so that a store that cannot
+    // be opened is reported at start-up rather than at the first write.
+    void generateAllSampleDataIfNeeded();
+    // Makes the integrations update the step after each synchronisation.
+    void setupPostSyncUpdater();
+    // Writes what the activity writer holds, then a backup of the database into the backups
+    // folder of the data folder, keeping the newest DatabaseBackups::keptBackups. Logs the outcome.
+    void createAutomaticBackup();
+
+    SyncManager& syncManager() { return syncManager_; }
+
 private:
     std::optional<std::filesystem::path> dataFolder_;
     std::unique_ptr<Database> database_;
+    // Declared after the database, which it writes to, so that it goes first.
+    std::unique_ptr<ActivityWriter> activityWriter_;
     bool openingFailed_ = false;
     DatabaseErrorPresenter presenter_;
+    SyncManager syncManager_;
 };
 
 } // namespace vardel

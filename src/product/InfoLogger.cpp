@@ -1,6 +1,8 @@
 #include "product/InfoLogger.h"
 
 #include "platform/Platform.h"
+#include "product/DatabaseWrapper.h"
+#include "product/RecordedActivity.h"
 
 namespace vardel {
 
@@ -80,6 +82,7 @@ void InfoLogger::scheduleNextSample()
 
 void InfoLogger::sample()
 {
+    Date sampledAt = platform().clock().now();
     std::optional<VDActivity> activity;
     if (shouldTrack_ && extractor_) {
         activity = extractor_->getCurrentActivity();
@@ -88,6 +91,7 @@ void InfoLogger::sample()
     }
     if (callDetector_)
         callDetector_->updateCallStatusForActivity(activity ? &*activity : nullptr, shouldTrack_);
+    record(sampledAt, activity);
     platform().trace().write("sample",
         { { "activity", activity ? encode(*activity) : ordered_json(nullptr) }, { "calls", callStatus() },
             { "paused", !shouldTrack_ } });
@@ -100,6 +104,40 @@ ordered_json InfoLogger::callStatus() const
     auto description = callDetector_->descriptionOfRunningCalls();
     return { { "hasRunningCall", callDetector_->hasRunningCall() },
         { "descriptionOfRunningCalls", description ? ordered_json(*description) : ordered_json(nullptr) } };
+}
+
+// The record describes what was in front when the sample began, also when reading it took long.
+void InfoLogger::record(Date sampledAt, const std::optional<VDActivity>& activity)
+{
+    ActivityWriter* writer = DatabaseWrapper::sharedInstance().activityWriter();
+    if (!writer)
+        return;
+    std::optional<RecordedActivity> recorded;
+    if (activity)
+        recorded = RecordedActivity::from(*activity);
+    writer->recordSample(sampledAt, sampleIntervalSeconds, recorded);
+    hasRecorded_ = true;
+}
+
+void InfoLogger::flushRecordedActivity()
+{
+    if (!hasRecorded_)
+        return;
+    if (ActivityWriter* writer = DatabaseWrapper::sharedInstance().activityWriter())
+        writer->flush();
+}
+
+void InfoLogger::statusItemClicked()
+{
+    flushRecordedActivity();
+}
+
+bool InfoLogger::prepareForShutdownWithIsRelaunch(bool /*isRelaunch: a relaunch writes the same*/)
+{
+    flushRecordedActivity();
+    if (flushAndSyncFinished_)
+        flushAndSyncFinished_();
+    return false;
 }
 
 } // namespace vardel

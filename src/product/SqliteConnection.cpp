@@ -87,6 +87,25 @@ int SqliteConnection::changes() const
     return sqlite3_changes(connection_.get());
 }
 
+std::optional<DatabaseError> SqliteConnection::backUpInto(const std::filesystem::path& file)
+{
+    auto opened = open(file);
+    if (!opened.ok())
+        return opened.error();
+    SqliteConnection destination = std::move(opened).value();
+    sqlite3_backup* backup = sqlite3_backup_init(destination.connection_.get(), "main", connection_.get(), "main");
+    if (!backup)
+        return destination.failure();
+    // One step copies every page, so the copy cannot mix two versions of the database.
+    int stepCode = sqlite3_backup_step(backup, -1);
+    int finishCode = sqlite3_backup_finish(backup);
+    if (stepCode != SQLITE_DONE)
+        return DatabaseError::statementFailure(sqlite3_errstr(stepCode));
+    if (finishCode != SQLITE_OK)
+        return destination.failure();
+    return std::nullopt;
+}
+
 DatabaseError SqliteConnection::failure() const
 {
     return DatabaseError::statementFailure(sqlite3_errmsg(connection_.get()));

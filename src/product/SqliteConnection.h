@@ -30,6 +30,9 @@ public:
     int64_t lastInsertRowIdentifier() const;
     // The rows that the last statement changed.
     int changes() const;
+    // Copies the whole database, as of one consistent moment, into a new file (replaced when it
+    // exists). Writers may go on meanwhile; the copy waits for a busy lock like any reader.
+    std::optional<DatabaseError> backUpInto(const std::filesystem::path& file);
 
 private:
     struct Closer {

@@ -42,7 +42,12 @@ void SqliteStatement::bind(int index, const std::optional<std::string>& text)
     if (text)
         bind(index, std::string_view(*text));
     else
-        remember(sqlite3_bind_null(statement_.get(), index));
+        bindNull(index);
+}
+
+void SqliteStatement::bindNull(int index)
+{
+    remember(sqlite3_bind_null(statement_.get(), index));
 }
 
 DatabaseResult<bool> SqliteStatement::step()

@@ -22,6 +22,7 @@ public:
     void bind(int index, int64_t);
     void bind(int index, std::string_view text);
     void bind(int index, const std::optional<std::string>& text);
+    void bindNull(int index);
 
     // True when a row is ready, false when the statement has finished.
     DatabaseResult<bool> step();

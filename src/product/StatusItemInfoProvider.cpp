@@ -2,6 +2,7 @@
 
 #include "platform/Platform.h"
 #include "platform/ProcessWide.h"
+#include "product/DatabaseWrapper.h"
 #include "product/DurationFormatter.h"
 #include "product/OngoingTaskActivityManager.h"
 
@@ -45,10 +46,12 @@ StatusItemInfoProvider& StatusItemInfoProvider::sharedInstance()
 
 std::optional<double> StatusItemInfoProvider::todaysTotalSeconds() const
 {
-    if (!sources_.recordedSeconds)
+    Database* database = DatabaseWrapper::sharedInstance().database();
+    if (!database)
         return std::nullopt;
     Date now = platform().clock().now();
-    return sources_.recordedSeconds(startOfDay(now), now);
+    auto total = database->totalActivitySecondsBetween(startOfDay(now), now);
+    return total.ok() ? std::optional(total.value()) : std::nullopt;
 }
 
 void StatusItemInfoProvider::updateStatusItem(
@@ -83,8 +86,9 @@ void StatusItemInfoProvider::dispatchStatusUpdateRequest(bool immediately)
 
 void StatusItemInfoProvider::prepareSyncStatusMenuItem()
 {
-    if (presenter_)
-        presenter_->updateSyncStatusItemWithTitle(sources_.syncStatusTitle ? sources_.syncStatusTitle() : std::nullopt);
+    const auto& title = DatabaseWrapper::sharedInstance().syncManager().statusTitle();
+    if (presenter_ && title)
+        presenter_->updateSyncStatusItemWithTitle(title);
 }
 
 } // namespace vardel

@@ -3,7 +3,6 @@
 #include "platform/StatusBar.h"
 #include "platform/Value.h"
 
-#include <functional>
 #include <optional>
 #include <string>
 
@@ -17,21 +16,13 @@ public:
     virtual void updateSyncStatusItemWithTitle(const std::optional<std::string>& title) = 0;
 };
 
-// Draws the status item and its information lines: today's recorded time as the item's title and
-// on its line, the running timer on the task line.
+// Draws the status item and its information lines: today's recorded time (from the activity store)
+// as the item's title and on its line, the running timer on the task line.
 class StatusItemInfoProvider {
 public:
-    struct Sources {
-        // Seconds of activity recorded in [from, to).
-        std::function<double(Date from, Date to)> recordedSeconds;
-        // The sync status line; none while unknown.
-        std::function<std::optional<std::string>()> syncStatusTitle;
-    };
-
     static StatusItemInfoProvider& sharedInstance();
 
     void setPresenter(StatusItemPresenter* presenter) { presenter_ = presenter; }
-    void setSources(Sources sources) { sources_ = std::move(sources); }
 
     void updateStatusItem(StatusItemAppearance&, MenuItem* productivityScoreMenuItem, MenuItem* taskInfoMenuItem);
     // Asks the presenter, on the run loop, to update the item's properties; several requests before
@@ -39,14 +30,13 @@ public:
     void dispatchStatusUpdateRequest(bool immediately);
     void setStatusItemHighlighted(bool highlighted) { highlighted_ = highlighted; }
     bool isStatusItemHighlighted() const { return highlighted_; }
-    // Hands the current sync status to the presenter.
+    // Hands the sync status to the presenter once it is known; until then the line stays as it is.
     void prepareSyncStatusMenuItem();
 
 private:
     std::optional<double> todaysTotalSeconds() const;
 
     StatusItemPresenter* presenter_ = nullptr;
-    Sources sources_;
     bool highlighted_ = false;
     bool updatePending_ = false;
 };

@@ -37,6 +37,10 @@ constexpr double crashRecoveryWaitSeconds = 50;
 constexpr double recentActivitySeconds = 86400;
 
 constexpr double accessibilityCheckDelaySeconds = 300;
+constexpr double defaultInitialSyncDelaySeconds = 15;
+constexpr double firstSyncRequestDelaySeconds = 0.1;
+constexpr double automaticBackupDelaySeconds = 270;
+constexpr double terminationFlushSeconds = 5;
 constexpr double defaultMaxStatusItemWidth = 200;
 constexpr double relaunchDelaySeconds = 60;
 // The item's own redrawing changes its appearance, so appearance changes are passed on at most
@@ -76,6 +80,12 @@ std::optional<std::string> searchQuery(const std::vector<std::string>& arguments
     return arguments[3];
 }
 
+// rand() scaled to [0, 1]: spreads the first syncs of many machines apart.
+double randomFraction()
+{
+    return static_cast<double>(std::rand()) / 2147483647.0;
+}
+
 } // namespace
 
 VDHelperAppDelegate::VDHelperAppDelegate(InfoLogger& infoLogger)
@@ -90,6 +100,9 @@ VDHelperAppDelegate::~VDHelperAppDelegate()
     watcher.stopWatchingPaths();
     watcher.setDelegate(nullptr);
     StatusItemInfoProvider::sharedInstance().setPresenter(nullptr);
+    DatabaseWrapper::sharedInstance().syncManager().setStatusTitleHandler(nullptr);
+    infoLogger_.setPresenter(nullptr);
+    infoLogger_.setFlushAndSyncFinishedHandler(nullptr);
     platform().scriptingCommands().setHandler(nullptr);
     platform().runLoop().setTerminationRequestHandler(nullptr);
 }
@@ -111,6 +124,7 @@ void VDHelperAppDelegate::awakeFromNib(const std::vector<std::string>& arguments
     connectRecordingService();
     startUpdateWatcher();
     updateStartTaskShortcut();
+    prepareDatabase();
     scheduleDeferredWork();
     platform().scriptingCommands().setHandler(
         [this](const ScriptingCommandRequest& request) { receiveScriptingCommand(request); });
@@ -209,6 +223,7 @@ void VDHelperAppDelegate::connectRecordingService()
     callTimeEntryOffers_.registerNotificationCategory();
     RunningCallDetector::sharedInstance().setCallEndReaction(&callTimeEntryOffers_);
     infoLogger_.setCallDetector(&RunningCallDetector::sharedInstance());
+    infoLogger_.setPresenter(this);
     infoLogger_.setInfoExtractor(this);
     infoLogger_.setShouldTrack(true);
     StatusItemInfoProvider::sharedInstance().setPresenter(this);
@@ -228,12 +243,36 @@ void VDHelperAppDelegate::startUpdateWatcher()
 
 void VDHelperAppDelegate::prepareRecordingForShutdown(bool isRelaunch)
 {
-    platform().log().info(
-        isRelaunch ? "Preparing the recording for a relaunch" : "Preparing the recording for the end");
+    platform().runLoop().schedule(0, [this, isRelaunch] { infoLogger_.prepareForShutdownWithIsRelaunch(isRelaunch); });
+}
+
+void VDHelperAppDelegate::prepareDatabase()
+{
+    DatabaseWrapper& wrapper = DatabaseWrapper::sharedInstance();
+    wrapper.syncManager().setStatusTitleHandler(
+        [this](const std::optional<std::string>& title) { updateSyncStatusItemWithTitle(title); });
+    if (!wrapper.database())
+        return;
+    wrapper.generateAllSampleDataIfNeeded();
+    wrapper.setupPostSyncUpdater();
 }
 
 void VDHelperAppDelegate::scheduleDeferredWork()
 {
+    double syncDelay = defaults().getDouble("initialSyncDelay").value_or(0);
+    if (syncDelay == 0)
+        syncDelay = defaultInitialSyncDelaySeconds;
+    RunLoop& runLoop = platform().runLoop();
+    runLoop.schedule(syncDelay + randomFraction(), [] {
+        DatabaseWrapper& wrapper = DatabaseWrapper::sharedInstance();
+        if (wrapper.database())
+            wrapper.syncManager().dispatchSyncRequestWithDelay(firstSyncRequestDelaySeconds);
+    });
+    runLoop.schedule(automaticBackupDelaySeconds, [] {
+        DatabaseWrapper& wrapper = DatabaseWrapper::sharedInstance();
+        if (wrapper.database())
+            wrapper.createAutomaticBackup();
+    });
     // One relaunch per process; the new process schedules its own.
     double relaunchInterval = defaults().getDouble("VDHelperAppDelegate_relaunchInterval").value_or(0);
     if (relaunchInterval > 0) {
@@ -269,7 +308,7 @@ const std::set<std::string, std::less<>>& VDHelperAppDelegate::noAccessibilityAp
 
 void VDHelperAppDelegate::updateStatusItemTransparency()
 {
-    statusItem_.appearsDisabled = !infoLogger_.shouldTrack();
+    statusItem_.appearsDisabled = !infoLogger_.appearsActive();
     platform().statusBar().updateStatusItem(statusItem_);
 }
 
@@ -333,6 +372,7 @@ void VDHelperAppDelegate::menuWillOpen(Menu&)
 {
     HelperHelper::logEventWithName("Setapp.Interaction.menuWillOpen");
     StatusItemInfoProvider::sharedInstance().setStatusItemHighlighted(true);
+    infoLogger_.statusItemClicked();
     updateStatusItemProperties();
     if (platform().statusBar().currentModifierFlags() & ModifierFlag::option)
         startMainApplication();
@@ -571,6 +611,20 @@ void VDHelperAppDelegate::applicationShouldTerminate(const std::string& reason)
     if (terminationReason_)
         return;
     terminationReason_ = reason;
+    infoLogger_.setFlushAndSyncFinishedHandler([this] { replyToApplicationShouldTerminate(); });
+    if (!infoLogger_.prepareForShutdownWithIsRelaunch(false)) {
+        replyToApplicationShouldTerminate();
+        return;
+    }
+    // Whichever comes first, the recording service's word or the time limit, ends the process.
+    platform().runLoop().schedule(terminationFlushSeconds, [this] { replyToApplicationShouldTerminate(); });
+}
+
+void VDHelperAppDelegate::replyToApplicationShouldTerminate()
+{
+    if (terminating_)
+        return;
+    terminating_ = true;
     applicationWillTerminate();
 }
 

@@ -2,6 +2,7 @@
 
 #include "calls/CallTimeEntryOffers.h"
 #include "platform/InfoLoggerExtractor.h"
+#include "platform/InfoLoggerPresenter.h"
 #include "platform/ScriptingCommands.h"
 #include "platform/StatusBar.h"
 #include "product/InfoLogger.h"
@@ -19,7 +20,10 @@ namespace vardel {
 
 // The tracker application: starts up, connects itself to the recording service as its source of
 // activities, runs the status item and its menu, pauses and resumes tracking, and quits.
-class VDHelperAppDelegate final : public InfoLoggerExtractor, public MenuDelegate, public StatusItemPresenter {
+class VDHelperAppDelegate final : public InfoLoggerExtractor,
+                                  public InfoLoggerPresenter,
+                                  public MenuDelegate,
+                                  public StatusItemPresenter {
 public:
     explicit VDHelperAppDelegate(InfoLogger& infoLogger);
     ~VDHelperAppDelegate() override;
@@ -39,7 +43,7 @@ public:
     void checkForAccessibilitySuccess();
 
     // The status item.
-    void updateStatusItemTransparency();
+    void updateStatusItemTransparency() override;
     void updateStatusItemProperties() override;
     void updateSyncStatusItemWithTitle(const std::optional<std::string>& title) override;
     void updateStatusItemVisibility();
@@ -85,12 +89,14 @@ private:
     void startUpdateWatcher();
     void scheduleDeferredWork();
     void prepareRecordingForShutdown(bool isRelaunch);
+    void prepareDatabase();
     void receiveScriptingCommand(const ScriptingCommandRequest&);
 
     void startTask();
     void stopTask();
     void startMainApplication();
     void quitNow();
+    void replyToApplicationShouldTerminate();
     void applicationWillTerminate();
 
     MenuItem* menuEntry(std::string_view action);
@@ -103,6 +109,7 @@ private:
     std::unique_ptr<MyLilTimer> resumeTrackingTimer_;
     std::optional<Date> lastEffectiveAppearanceChangeDispatched_;
     std::optional<std::string> terminationReason_;
+    bool terminating_ = false;
     std::unique_ptr<MASShortcutBinder> editTaskShortcutBinder_;
     std::unique_ptr<SelfRelauncher> relauncher_;
 };

@@ -1,7 +1,7 @@
 #include "product/SupportRequests.h"
 
-#include "support/TemporaryFolder.h"
 #include "support/ScriptedDesktopTest.h"
+#include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

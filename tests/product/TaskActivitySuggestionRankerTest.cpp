@@ -2,8 +2,8 @@
 
 #include "platform/ValueJson.h"
 #include "product/Database.h"
-#include "support/TemporaryFolder.h"
 #include "support/ScriptedDesktopTest.h"
+#include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 

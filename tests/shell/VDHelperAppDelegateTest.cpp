@@ -2,6 +2,9 @@
 
 #include "product/DatabaseWrapper.h"
 #include "support/ScriptedDesktopTest.h"
+#include "support/TemporaryFolder.h"
+
+#include <filesystem>
 
 namespace vardel {
 namespace {
@@ -361,6 +364,26 @@ TEST_F(VDHelperAppDelegateTest, AReplacedBundleIsNoticedInTheExecutablesFolder)
     ASSERT_NE(update, updates.end());
     EXPECT_EQ((*update)["attributes"]["newAppBuild"], "2");
     EXPECT_EQ(desktop().stopReason(), "relaunch");
+}
+
+TEST_F(VDHelperAppDelegateTest, TheFirstSyncFillsTheSyncLineAndTheBackupFollows)
+{
+    TemporaryFolder dataFolder;
+    load({ { "defaults", { { "VDHelperAppDelegate_shouldShowSyncStatusItem", true }, { "initialSyncDelay", 40 } } },
+        { "timeline", { menuStep(39, "open"), menuStep(42, "open") } }, { "end", 280 } });
+    DatabaseWrapper::sharedInstance().configure(dataFolder.path());
+    delegate_ = std::make_unique<VDHelperAppDelegate>(infoLogger_);
+    delegate_->awakeFromNib({ "vardel-tracker" });
+    desktop().runUntil(39.5);
+    EXPECT_EQ(menuEntry("syncStatus:")["title"], "Determining Sync Status…");
+    desktop().runUntil(42.5);
+    EXPECT_EQ(menuEntry("syncStatus:")["title"], "Up to date");
+    EXPECT_EQ(menuEntry("syncStatus:")["hidden"], false);
+    EXPECT_FALSE(std::filesystem::exists(dataFolder.path() / "backups"));
+    desktop().runUntil(271);
+    EXPECT_FALSE(std::filesystem::is_empty(dataFolder.path() / "backups"));
+    delegate_.reset();
+    DatabaseWrapper::sharedInstance().configureUnavailable();
 }
 
 } // namespace

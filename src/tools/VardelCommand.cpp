@@ -1,0 +1,199 @@
+#include "tools/VardelCommand.h"
+
+#include "platform/linux/ScriptingCommandServer.h"
+#include "product/ActivitySummary.h"
+#include "product/DataFolder.h"
+#include "product/Database.h"
+#include "product/LocalCalendar.h"
+#include "tools/ActivityReportFormatter.h"
+#include "tools/ScriptingCommandClient.h"
+#include "tools/TimeEntriesFormatter.h"
+
+#include <charconv>
+#include <cmath>
+
+namespace vardel {
+
+namespace {
+
+struct Day {
+    std::string name;
+    Date start;
+    Date end;
+};
+
+std::optional<Day> dayOf(const std::optional<std::string>& requested, Date now, std::ostream& errors)
+{
+    std::optional<Date> start = requested ? LocalCalendar::parseDay(*requested) : LocalCalendar::startOfDay(now);
+    if (!start) {
+        errors << "vardel: \"" << *requested << "\" is not a date; write it YYYY-MM-DD\n";
+        return std::nullopt;
+    }
+    return Day { LocalCalendar::formatDay(*start), *start, LocalCalendar::startOfNextDay(*start) };
+}
+
+// The store is only read: a folder without one has recorded nothing yet, and none is made.
+std::unique_ptr<Database> openStore(const VardelCommand::EnvironmentLookup& environment, std::ostream& errors)
+{
+    auto folder = DataFolder::fromEnvironment(environment);
+    if (!folder) {
+        errors << "vardel: the data folder is unknown; set VARDEL_DATA_DIR or HOME\n";
+        return nullptr;
+    }
+    std::error_code ignored;
+    if (!std::filesystem::exists(*folder / Database::fileName, ignored)) {
+        errors << "vardel: nothing has been recorded yet (no " << (*folder / Database::fileName).string() << ")\n";
+        return nullptr;
+    }
+    auto opened = Database::open(*folder);
+    if (!opened.ok()) {
+        errors << "vardel: " << opened.error().message << "\n";
+        return nullptr;
+    }
+    return std::move(opened).value();
+}
+
+bool isValidPause(const std::string& seconds)
+{
+    double value = 0;
+    auto [end, error] = std::from_chars(seconds.data(), seconds.data() + seconds.size(), value);
+    return error == std::errc() && end == seconds.data() + seconds.size() && std::isfinite(value) && value >= 0;
+}
+
+int usageError(std::ostream& errors, const std::string& problem)
+{
+    errors << "vardel: " << problem << "\n" << VardelCommand::usage();
+    return VardelCommand::usageStatus;
+}
+
+} // namespace
+
+const char* VardelCommand::usage()
+{
+    return "usage: vardel report [--date YYYY-MM-DD] [--json]\n"
+           "       vardel entries [--date YYYY-MM-DD] [--json]\n"
+           "       vardel pause [SECONDS]\n"
+           "       vardel resume\n";
+}
+
+int VardelCommand::run(const std::vector<std::string>& arguments, std::ostream& output, std::ostream& errors,
+    const EnvironmentLookup& environment, Date now)
+{
+    if (arguments.empty())
+        return usageError(errors, "a command is needed");
+    const std::string& command = arguments[0];
+    std::vector<std::string> rest(arguments.begin() + 1, arguments.end());
+    if (command == "report")
+        return report(rest, output, errors, environment, now);
+    if (command == "entries")
+        return entries(rest, output, errors, environment, now);
+    if (command == "pause") {
+        if (rest.size() > 1)
+            return usageError(errors, "pause takes at most one argument");
+        if (!rest.empty() && !isValidPause(rest[0]))
+            return usageError(errors, "\"" + rest[0] + "\" is not a number of seconds");
+        return sendToTracker(rest.empty() ? "pause" : "pause " + rest[0], output, errors, environment);
+    }
+    if (command == "resume") {
+        if (!rest.empty())
+            return usageError(errors, "resume takes no argument");
+        return sendToTracker("resume", output, errors, environment);
+    }
+    if (command == "help" || command == "--help" || command == "-h") {
+        output << usage();
+        return successStatus;
+    }
+    return usageError(errors, "unknown command \"" + command + "\"");
+}
+
+std::optional<VardelCommand::Options> VardelCommand::parseReportOptions(
+    const std::vector<std::string>& arguments, std::ostream& errors)
+{
+    Options options;
+    for (size_t index = 0; index < arguments.size(); ++index) {
+        const std::string& argument = arguments[index];
+        if (argument == "--json") {
+            options.json = true;
+        } else if (argument == "--date" && index + 1 < arguments.size()) {
+            options.day = arguments[++index];
+        } else if (argument.starts_with("--date=")) {
+            options.day = argument.substr(7);
+        } else {
+            usageError(errors, argument == "--date" ? "--date needs a day" : "unknown argument \"" + argument + "\"");
+            return std::nullopt;
+        }
+    }
+    return options;
+}
+
+int VardelCommand::report(const std::vector<std::string>& arguments, std::ostream& output, std::ostream& errors,
+    const EnvironmentLookup& environment, Date now)
+{
+    auto options = parseReportOptions(arguments, errors);
+    if (!options)
+        return usageStatus;
+    auto day = dayOf(options->day, now, errors);
+    if (!day)
+        return usageStatus;
+    auto store = openStore(environment, errors);
+    if (!store)
+        return failureStatus;
+    auto spans = store->activitySpansInRange(day->start, day->end);
+    if (!spans.ok()) {
+        errors << "vardel: " << spans.error().message << "\n";
+        return failureStatus;
+    }
+    auto summary = ActivitySummary::of(spans.value(), day->start, day->end);
+    if (options->json)
+        output << ActivityReportFormatter::json(summary, day->name).dump(2) << "\n";
+    else
+        output << ActivityReportFormatter::text(summary, day->name);
+    return successStatus;
+}
+
+int VardelCommand::entries(const std::vector<std::string>& arguments, std::ostream& output, std::ostream& errors,
+    const EnvironmentLookup& environment, Date now)
+{
+    auto options = parseReportOptions(arguments, errors);
+    if (!options)
+        return usageStatus;
+    auto day = dayOf(options->day, now, errors);
+    if (!day)
+        return usageStatus;
+    auto store = openStore(environment, errors);
+    if (!store)
+        return failureStatus;
+    auto entries = store->entriesInRange(day->start, day->end);
+    if (!entries.ok()) {
+        errors << "vardel: " << entries.error().message << "\n";
+        return failureStatus;
+    }
+    if (options->json)
+        output << TimeEntriesFormatter::json(entries.value(), day->name).dump(2) << "\n";
+    else
+        output << TimeEntriesFormatter::text(entries.value(), day->name);
+    return successStatus;
+}
+
+int VardelCommand::sendToTracker(
+    const std::string& request, std::ostream& output, std::ostream& errors, const EnvironmentLookup& environment)
+{
+    auto socket = ScriptingCommandServer::socketPath(environment);
+    if (!socket) {
+        errors << "vardel: XDG_RUNTIME_DIR is not set, so the tracker cannot be reached\n";
+        return failureStatus;
+    }
+    auto outcome = ScriptingCommandClient::send(*socket, request);
+    if (outcome.status != ScriptingCommandClient::Outcome::Status::answered) {
+        errors << "vardel: " << outcome.text << "\n";
+        return failureStatus;
+    }
+    if (outcome.text.starts_with("ok: ")) {
+        output << outcome.text.substr(4) << "\n";
+        return successStatus;
+    }
+    errors << "vardel: the tracker refused: " << outcome.text << "\n";
+    return failureStatus;
+}
+
+} // namespace vardel

@@ -1,0 +1,147 @@
+#include "platform/linux/ScriptingCommandServer.h"
+#include "support/TemporaryFolder.h"
+#include "tools/ScriptingCommandClient.h"
+#include "tools/VardelCommand.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstring>
+#include <future>
+#include <poll.h>
+#include <sstream>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace vardel {
+namespace {
+
+using Outcome = ScriptingCommandClient::Outcome;
+
+// The tracker's side runs on the test's thread, as on the tracker's run loop; the client on another.
+template<typename Client> auto whileServing(ScriptingCommandServer& server, Client client)
+{
+    auto answer = std::async(std::launch::async, client);
+    while (answer.wait_for(std::chrono::milliseconds(0)) != std::future_status::ready) {
+        pollfd ready { server.fileDescriptor(), POLLIN, 0 };
+        ::poll(&ready, 1, 20);
+        server.serveReadyConnections();
+    }
+    return answer.get();
+}
+
+mode_t permissions(const std::filesystem::path& path)
+{
+    struct stat status { };
+    ::lstat(path.c_str(), &status);
+    return status.st_mode & 0777;
+}
+
+class ScriptingCommandTest : public ::testing::Test {
+protected:
+    std::filesystem::path socket() const { return runtime_.path() / "vardel" / "tracker.sock"; }
+
+    std::unique_ptr<ScriptingCommandServer> startServer()
+    {
+        return std::make_unique<ScriptingCommandServer>(
+            socket(), [this](double fors) { pauses_.push_back(fors); }, [this] { ++resumes_; });
+    }
+
+    Outcome send(ScriptingCommandServer& server, const std::string& request)
+    {
+        return whileServing(server, [&] { return ScriptingCommandClient::send(socket(), request); });
+    }
+
+    const char* environment(const char* name) const
+    {
+        return std::string_view(name) == "XDG_RUNTIME_DIR" ? runtimePath_.c_str() : nullptr;
+    }
+
+    testing::TemporaryFolder runtime_;
+    std::string runtimePath_ = runtime_.path().string();
+    std::vector<double> pauses_;
+    int resumes_ = 0;
+};
+
+TEST_F(ScriptingCommandTest, PauseAndResumeReachTheTrackerAndBadRequestsDoNot)
+{
+    auto server = startServer();
+    EXPECT_EQ(send(*server, "pause 600").text, "ok: paused for 600 seconds");
+    EXPECT_EQ(send(*server, "pause").text, "ok: paused until resumed");
+    EXPECT_EQ(send(*server, "  resume \r").text, "ok: resumed");
+    for (const char* refused : { "pause -5", "pause soon", "pause nan", "pause 1e999", "resume now", "dance", "" }) {
+        Outcome outcome = send(*server, refused);
+        EXPECT_EQ(outcome.status, refused[0] ? Outcome::Status::answered : Outcome::Status::failed) << refused;
+        if (refused[0]) {
+            EXPECT_TRUE(outcome.text.starts_with("error: ")) << outcome.text;
+        }
+    }
+    EXPECT_EQ(pauses_, (std::vector<double> { 600, 0 }));
+    EXPECT_EQ(resumes_, 1);
+}
+
+TEST_F(ScriptingCommandTest, OnlyTheUserCanReachTheSocket)
+{
+    auto server = startServer();
+    EXPECT_EQ(permissions(socket().parent_path()), 0700u);
+    EXPECT_EQ(permissions(socket()), 0600u);
+    server.reset();
+    EXPECT_FALSE(std::filesystem::exists(socket()));
+}
+
+TEST_F(ScriptingCommandTest, ADeadTrackersSocketIsReplacedButALiveOneIsNotTaken)
+{
+    // What a killed tracker leaves: a socket file that nobody listens on.
+    std::filesystem::create_directories(socket().parent_path());
+    int dead = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address {};
+    address.sun_family = AF_UNIX;
+    std::strncpy(address.sun_path, socket().c_str(), sizeof address.sun_path - 1);
+    ASSERT_EQ(::bind(dead, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    ::close(dead);
+
+    auto first = startServer();
+    try {
+        ScriptingCommandServer second(
+            socket(), [](double) {}, [] {});
+        ADD_FAILURE() << "a second tracker took the socket";
+    } catch (const std::runtime_error& error) {
+        EXPECT_NE(std::string(error.what()).find("Another Vardel tracker"), std::string::npos) << error.what();
+    }
+    EXPECT_EQ(send(*first, "resume").text, "ok: resumed");
+}
+
+TEST_F(ScriptingCommandTest, TheVardelCommandDeliversPauseAndResume)
+{
+    auto server = startServer();
+    auto run = [&](std::vector<std::string> arguments) {
+        return whileServing(*server, [&] {
+            std::ostringstream output, errors;
+            int status = VardelCommand::run(
+                arguments, output, errors, [this](const char* name) { return environment(name); }, Date {});
+            return std::make_tuple(status, output.str(), errors.str());
+        });
+    };
+    EXPECT_EQ(run({ "pause", "90" }), std::make_tuple(0, std::string("paused for 90 seconds\n"), std::string()));
+    EXPECT_EQ(run({ "resume" }), std::make_tuple(0, std::string("resumed\n"), std::string()));
+    EXPECT_EQ(pauses_, (std::vector<double> { 90 }));
+}
+
+TEST_F(ScriptingCommandTest, WithoutATrackerTheCommandSaysSoAndFails)
+{
+    std::ostringstream output, errors;
+    auto lookup = [this](const char* name) { return environment(name); };
+    EXPECT_EQ(VardelCommand::run({ "pause", "60" }, output, errors, lookup, Date {}), VardelCommand::failureStatus);
+    EXPECT_EQ(errors.str(), "vardel: no Vardel tracker is running (nothing answers on " + socket().string() + ")\n");
+    EXPECT_EQ(output.str(), "");
+
+    errors.str("");
+    auto nothing = [](const char*) -> const char* { return nullptr; };
+    EXPECT_EQ(VardelCommand::run({ "resume" }, output, errors, nothing, Date {}), VardelCommand::failureStatus);
+    EXPECT_NE(errors.str().find("XDG_RUNTIME_DIR is not set"), std::string::npos);
+}
+
+} // namespace
+} // namespace vardel
