@@ -179,28 +179,52 @@ void HeadlessDesktop::stop(pid_t pid)
 
 std::string HeadlessDesktop::run(const std::string& program, const std::vector<std::string>& arguments)
 {
+    constexpr auto runTimeout = 90s;
     int output[2];
     if (::pipe2(output, O_CLOEXEC) != 0)
         throw HeadlessDesktopError("cannot create a pipe");
     posix_spawn_file_actions_t files;
     posix_spawn_file_actions_init(&files);
     posix_spawn_file_actions_adddup2(&files, output[1], STDOUT_FILENO);
+    posix_spawn_file_actions_addopen(&files, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
+    posix_spawnattr_setpgroup(&attributes, 0);
     auto argv = argumentVector(program, arguments);
     pid_t pid = 0;
-    int error = ::posix_spawnp(&pid, program.c_str(), &files, nullptr, argv.data(), environ);
+    int error = ::posix_spawnp(&pid, program.c_str(), &files, &attributes, argv.data(), environ);
     posix_spawn_file_actions_destroy(&files);
+    posix_spawnattr_destroy(&attributes);
     ::close(output[1]);
     if (error != 0) {
         ::close(output[0]);
         throw HeadlessDesktopError("cannot run " + program + ": " + std::strerror(error));
     }
+    // A program that hangs must not hang the test: it is stopped at the deadline.
     std::string text;
-    char buffer[4096];
-    for (ssize_t received; (received = ::read(output[0], buffer, sizeof buffer)) > 0;)
+    auto deadline = std::chrono::steady_clock::now() + runTimeout;
+    bool timedOut = false;
+    while (true) {
+        auto remaining = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+        pollfd waiting { output[0], POLLIN, 0 };
+        if (remaining.count() <= 0 || ::poll(&waiting, 1, static_cast<int>(remaining.count())) <= 0) {
+            timedOut = true;
+            break;
+        }
+        char buffer[4096];
+        ssize_t received = ::read(output[0], buffer, sizeof buffer);
+        if (received <= 0)
+            break;
         text.append(buffer, static_cast<size_t>(received));
+    }
     ::close(output[0]);
+    if (timedOut)
+        ::kill(-pid, SIGKILL);
     int status = 0;
     ::waitpid(pid, &status, 0);
+    if (timedOut)
+        throw HeadlessDesktopError(program + " did not finish in time");
     if (!WIFEXITED(status) || WEXITSTATUS(status) != 0)
         throw HeadlessDesktopError(program + " failed");
     return text;
@@ -215,6 +239,7 @@ void HeadlessDesktop::startDisplay()
     posix_spawn_file_actions_t files;
     posix_spawn_file_actions_init(&files);
     posix_spawn_file_actions_adddup2(&files, displayNumber[1], 3);
+    posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
     posix_spawn_file_actions_addopen(&files, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
@@ -250,6 +275,7 @@ void HeadlessDesktop::startSessionBus()
     posix_spawn_file_actions_t files;
     posix_spawn_file_actions_init(&files);
     posix_spawn_file_actions_adddup2(&files, address[1], 3);
+    posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
     posix_spawn_file_actions_addopen(&files, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);

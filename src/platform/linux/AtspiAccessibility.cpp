@@ -466,8 +466,52 @@ struct AtspiAccessibility::Calls {
         return address ? std::optional<Value>(Url { *address }) : std::nullopt;
     }
 
+    // The web documents below the element that are showing, outermost first, in one call.
+    std::vector<AXUIElement> showingWebDocuments(AtspiAccessible* accessible)
+    {
+        std::vector<AXUIElement> documents;
+        AtspiCollection* collection = atspi_accessible_get_collection_iface(accessible);
+        if (!collection)
+            return documents;
+        AtspiStateSet* states = atspi_state_set_new(nullptr);
+        atspi_state_set_add(states, ATSPI_STATE_SHOWING);
+        GArray* roles = g_array_new(FALSE, FALSE, sizeof(AtspiRole));
+        AtspiRole webDocument = ATSPI_ROLE_DOCUMENT_WEB;
+        g_array_append_val(roles, webDocument);
+        AtspiMatchRule* rule = atspi_match_rule_new(states, ATSPI_Collection_MATCH_ALL, nullptr,
+            ATSPI_Collection_MATCH_NONE, roles, ATSPI_Collection_MATCH_ANY, nullptr, ATSPI_Collection_MATCH_NONE, FALSE);
+        GArray* matches = run(accessible, static_cast<GArray*>(nullptr), [&](GError** failure) {
+            return atspi_collection_get_matches(collection, rule, ATSPI_Collection_SORT_ORDER_CANONICAL, 0, TRUE, failure);
+        });
+        g_object_unref(rule);
+        g_array_unref(roles);
+        g_object_unref(states);
+        g_object_unref(collection);
+        if (!matches)
+            return documents;
+        for (guint index = 0; index < matches->len; ++index)
+            documents.push_back(AtspiElement::adopt(g_array_index(matches, AtspiAccessible*, index)));
+        g_array_free(matches, TRUE);
+        return documents;
+    }
+
+    // A browser window's document is the page it shows: the first showing web document with an
+    // address (Chromium keeps hidden, empty ones besides).
+    std::optional<std::string> windowDocument(AtspiAccessible* window)
+    {
+        for (const AXUIElement& document : showingWebDocuments(window)) {
+            if (auto address = documentAddress(accessibleOf(document)))
+                return address;
+        }
+        return std::nullopt;
+    }
+
     std::optional<Value> document(AtspiAccessible* accessible, int elementRole)
     {
+        if (isWindowRole(elementRole)) {
+            auto address = windowDocument(accessible);
+            return address ? std::optional<Value>(*address) : std::nullopt;
+        }
         if (!isDocumentRole(elementRole))
             return std::nullopt;
         auto address = documentAddress(accessible);
@@ -627,7 +671,7 @@ struct AtspiAccessibility::Calls {
             names.insert(names.end(), { "AXPosition", "AXSize" });
         }
         if (isWindowRole(*elementRole))
-            names.insert(names.end(), { "AXFullScreen", "AXModal" });
+            names.insert(names.end(), { "AXFullScreen", "AXModal", "AXDocument" });
         if (*elementRole == ATSPI_ROLE_HEADING || isNumericValueRole(*elementRole) || isTextValueRole(*elementRole))
             names.push_back("AXValue");
         if (*elementRole == ATSPI_ROLE_DOCUMENT_WEB || *elementRole == ATSPI_ROLE_LINK)

@@ -68,7 +68,7 @@ void PollRunLoop::stop(int status, std::string reason)
 
 int PollRunLoop::run()
 {
-    stopped_ = false;
+    // A stop requested before the run (a command-line mode that finished at start-up) holds.
     while (!stopped_) {
         if (serveDueTimers())
             continue;
