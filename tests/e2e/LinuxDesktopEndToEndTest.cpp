@@ -70,7 +70,8 @@ protected:
             << "</h1><p>A paragraph to read.</p><a href=\"/other.html\">Another page</a></body></html>";
         port_ = freePort();
         desktop_.start("python3",
-            { "-m", "http.server", std::to_string(port_), "--bind", "127.0.0.1", "--directory", site_.path().string() });
+            { "-m", "http.server", std::to_string(port_), "--bind", "127.0.0.1", "--directory",
+                site_.path().string() });
         pageUrl_ = "http://127.0.0.1:" + std::to_string(port_) + "/page.html";
         waitForServer();
     }
@@ -78,7 +79,10 @@ protected:
     void waitForServer()
     {
         for (int attempt = 0; attempt < 100; ++attempt) {
-            if (std::system(("python3 -c \"import urllib.request; urllib.request.urlopen('" + pageUrl_ + "')\" 2>/dev/null").c_str()) == 0)
+            if (std::system(
+                    ("python3 -c \"import urllib.request; urllib.request.urlopen('" + pageUrl_ + "')\" 2>/dev/null")
+                        .c_str())
+                == 0)
                 return;
             std::this_thread::sleep_for(100ms);
         }
@@ -110,7 +114,8 @@ protected:
     {
         auto tracePath = desktop_.scratchFolder() / ("trace-" + std::to_string(++runs_) + ".jsonl");
         pid_t tracker = desktop_.start(VARDEL_TRACKER_PATH, {},
-            { { "VARDEL_TRACE", tracePath.string() }, { "VARDEL_DATA_DIR", (desktop_.scratchFolder() / "data").string() } });
+            { { "VARDEL_TRACE", tracePath.string() },
+                { "VARDEL_DATA_DIR", (desktop_.scratchFolder() / "data").string() } });
         if (meanwhile) {
             std::this_thread::sleep_for(duration / 2);
             meanwhile();

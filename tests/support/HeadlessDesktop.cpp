@@ -41,7 +41,8 @@ std::string readLine(int descriptor, std::chrono::milliseconds timeout)
     std::string line;
     auto deadline = std::chrono::steady_clock::now() + timeout;
     while (line.find('\n') == std::string::npos) {
-        auto remaining = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+        auto remaining
+            = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
         if (remaining.count() <= 0)
             break;
         pollfd waiting { descriptor, POLLIN, 0 };
@@ -145,8 +146,8 @@ pid_t HeadlessDesktop::start(const std::string& program, const std::vector<std::
     posix_spawn_file_actions_t files;
     posix_spawn_file_actions_init(&files);
     posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&files, STDERR_FILENO, (runtimeFolder_ / "errors.log").c_str(),
-        O_WRONLY | O_CREAT | O_APPEND, 0600);
+    posix_spawn_file_actions_addopen(
+        &files, STDERR_FILENO, (runtimeFolder_ / "errors.log").c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
     auto argv = argumentVector(program, arguments);
     pid_t pid = 0;
     int error = ::posix_spawnp(&pid, program.c_str(), &files, &attributes, argv.data(), envp.data());
@@ -206,7 +207,8 @@ std::string HeadlessDesktop::run(const std::string& program, const std::vector<s
     auto deadline = std::chrono::steady_clock::now() + runTimeout;
     bool timedOut = false;
     while (true) {
-        auto remaining = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+        auto remaining
+            = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
         pollfd waiting { output[0], POLLIN, 0 };
         if (remaining.count() <= 0 || ::poll(&waiting, 1, static_cast<int>(remaining.count())) <= 0) {
             timedOut = true;
@@ -307,7 +309,8 @@ void HeadlessDesktop::startAccessibilityBus()
     start("/usr/libexec/at-spi-bus-launcher", { "--launch-immediately", "--a11y=1" });
     bool ready = waitUntil(
         [] {
-            return succeeds("dbus-send --session --print-reply --dest=org.a11y.Bus /org/a11y/bus org.a11y.Bus.GetAddress");
+            return succeeds(
+                "dbus-send --session --print-reply --dest=org.a11y.Bus /org/a11y/bus org.a11y.Bus.GetAddress");
         },
         startTimeout);
     if (!ready)
@@ -317,8 +320,8 @@ void HeadlessDesktop::startAccessibilityBus()
 void HeadlessDesktop::startWindowManager()
 {
     start("openbox", {});
-    bool ready = waitUntil([] { return succeeds("xprop -root _NET_SUPPORTING_WM_CHECK | grep -q 'window id'"); },
-        startTimeout);
+    bool ready = waitUntil(
+        [] { return succeeds("xprop -root _NET_SUPPORTING_WM_CHECK | grep -q 'window id'"); }, startTimeout);
     if (!ready)
         throw HeadlessDesktopError("openbox did not start");
 }
@@ -342,7 +345,8 @@ void HeadlessDesktop::waitForActiveWindow(pid_t pid, const std::string& titleCon
         }
     };
     if (!waitUntil(matches, std::chrono::milliseconds(static_cast<int>(timeoutSeconds * 1000))))
-        throw HeadlessDesktopError("no active window of process " + std::to_string(pid) + " titled '" + titleContains + "'");
+        throw HeadlessDesktopError(
+            "no active window of process " + std::to_string(pid) + " titled '" + titleContains + "'");
 }
 
 } // namespace vardel::testing

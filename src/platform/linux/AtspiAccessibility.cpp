@@ -478,10 +478,12 @@ struct AtspiAccessibility::Calls {
         GArray* roles = g_array_new(FALSE, FALSE, sizeof(AtspiRole));
         AtspiRole webDocument = ATSPI_ROLE_DOCUMENT_WEB;
         g_array_append_val(roles, webDocument);
-        AtspiMatchRule* rule = atspi_match_rule_new(states, ATSPI_Collection_MATCH_ALL, nullptr,
-            ATSPI_Collection_MATCH_NONE, roles, ATSPI_Collection_MATCH_ANY, nullptr, ATSPI_Collection_MATCH_NONE, FALSE);
+        AtspiMatchRule* rule
+            = atspi_match_rule_new(states, ATSPI_Collection_MATCH_ALL, nullptr, ATSPI_Collection_MATCH_NONE, roles,
+                ATSPI_Collection_MATCH_ANY, nullptr, ATSPI_Collection_MATCH_NONE, FALSE);
         GArray* matches = run(accessible, static_cast<GArray*>(nullptr), [&](GError** failure) {
-            return atspi_collection_get_matches(collection, rule, ATSPI_Collection_SORT_ORDER_CANONICAL, 0, TRUE, failure);
+            return atspi_collection_get_matches(
+                collection, rule, ATSPI_Collection_SORT_ORDER_CANONICAL, 0, TRUE, failure);
         });
         g_object_unref(rule);
         g_array_unref(roles);

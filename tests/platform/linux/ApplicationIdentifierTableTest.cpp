@@ -1,4 +1,5 @@
 #include "platform/linux/ApplicationIdentifierTable.h"
+
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -11,7 +12,8 @@ namespace {
 
 TEST(ApplicationIdentifierTableTest, ShippedTableMapsWellKnownEntries)
 {
-    auto table = ApplicationIdentifierTable::load(std::filesystem::path(VARDEL_TESTS_DIR) / "../data/application-identifiers.json");
+    auto table = ApplicationIdentifierTable::load(
+        std::filesystem::path(VARDEL_TESTS_DIR) / "../data/application-identifiers.json");
     EXPECT_EQ(table.identifierFor("chromium"), "org.chromium.Chromium");
     EXPECT_EQ(table.identifierFor("firefox-esr"), "org.mozilla.firefox");
     EXPECT_EQ(table.identifierFor("com.slack.Slack"), "com.tinyspeck.slackmacgap");

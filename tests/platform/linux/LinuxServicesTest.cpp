@@ -12,7 +12,6 @@
 #include <gtest/gtest.h>
 
 #include <atspi/atspi.h>
-
 #include <fstream>
 #include <thread>
 
@@ -63,7 +62,8 @@ TEST(AtspiRoleTableTest, MapsRolesSubrolesAndAriaLandmarks)
 TEST(JsonPropertyListFilesTest, ReadsJsonAsValuesAndNothingForBadFiles)
 {
     testing::TemporaryFolder folder;
-    std::ofstream(folder.path() / "strings.json") << R"({"Private Browsing": "Privat", "count": 2, "list": [true, 1.5]})";
+    std::ofstream(folder.path() / "strings.json")
+        << R"({"Private Browsing": "Privat", "count": 2, "list": [true, 1.5]})";
     std::ofstream(folder.path() / "broken.json") << "{";
     std::ofstream(folder.path() / "null.json") << R"({"a": null})";
     JsonPropertyListFiles files;
@@ -81,15 +81,16 @@ TEST(LinuxDesktopTest, LanguagesComeFromLanguageElseTheLocale)
 {
     EXPECT_EQ(LinuxDesktop::languagesFromEnvironment("de_CH:fr", "en_US.UTF-8"),
         (std::vector<std::string> { "de-CH", "fr" }));
-    EXPECT_EQ(LinuxDesktop::languagesFromEnvironment(nullptr, "pt_BR.UTF-8@euro"), (std::vector<std::string> { "pt-BR" }));
+    EXPECT_EQ(
+        LinuxDesktop::languagesFromEnvironment(nullptr, "pt_BR.UTF-8@euro"), (std::vector<std::string> { "pt-BR" }));
     EXPECT_EQ(LinuxDesktop::languagesFromEnvironment("", "C"), (std::vector<std::string> { "en" }));
 }
 
 TEST(LogindPowerManagementTest, InhibitorsBecomeAssertionsByPid)
 {
-    auto assertions = LogindPowerManagement::assertionsOf({ { "sleep", "chromium", "WebRTC has active PeerConnections",
-                                                               "block", 1000, 77 },
-        { "idle", "chromium", "Playing audio", "block", 1000, 77 } });
+    auto assertions = LogindPowerManagement::assertionsOf(
+        { { "sleep", "chromium", "WebRTC has active PeerConnections", "block", 1000, 77 },
+            { "idle", "chromium", "Playing audio", "block", 1000, 77 } });
     ASSERT_EQ(assertions.size(), 1u);
     const auto& records = *assertions.at("77").asList();
     ASSERT_EQ(records.size(), 2u);

@@ -33,7 +33,7 @@ TEST(PollRunLoopTest, StopEndsTheRunWithItsStatusAndAStopBeforeTheRunHolds)
     EXPECT_EQ(loop.stopReason(), "done");
 
     PollRunLoop stoppedEarly;
-    stoppedEarly.schedule(60, [] { });
+    stoppedEarly.schedule(60, [] {});
     stoppedEarly.stop(5, "dump");
     EXPECT_EQ(stoppedEarly.run(), 5);
 }
