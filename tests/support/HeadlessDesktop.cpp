@@ -7,7 +7,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <fstream>
 #include <functional>
+#include <iterator>
 #include <poll.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -322,8 +324,11 @@ void HeadlessDesktop::startWindowManager()
     start("openbox", {});
     bool ready = waitUntil(
         [] { return succeeds("xprop -root _NET_SUPPORTING_WM_CHECK | grep -q 'window id'"); }, startTimeout);
-    if (!ready)
-        throw HeadlessDesktopError("openbox did not start");
+    if (!ready) {
+        std::ifstream errors(runtimeFolder_ / "errors.log");
+        std::string text((std::istreambuf_iterator<char>(errors)), std::istreambuf_iterator<char>());
+        throw HeadlessDesktopError("openbox did not start: " + text.substr(text.size() > 600 ? text.size() - 600 : 0));
+    }
 }
 
 std::string HeadlessDesktop::activeWindowId()

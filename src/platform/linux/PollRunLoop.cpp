@@ -68,7 +68,8 @@ void PollRunLoop::stop(int status, std::string reason)
 
 int PollRunLoop::run()
 {
-    // A stop requested before the run (a command-line mode that finished at start-up) holds.
+    // A stop requested before the run (a command-line mode that finished at start-up) holds; each
+    // stop ends one run.
     while (!stopped_) {
         if (serveDueTimers())
             continue;
@@ -76,6 +77,7 @@ int PollRunLoop::run()
             return 0;
         waitForSources(millisecondsUntilNextTimer());
     }
+    stopped_ = false;
     return status_;
 }
 

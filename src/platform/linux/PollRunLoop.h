@@ -26,8 +26,8 @@ public:
     void cancel(TimerId) override;
     void sleep(double seconds) override;
     // Serves timers and sources until stop() is called, or until nothing is scheduled and no source
-    // is watched (then the status is 0). Once stopped, the loop stays stopped: a stop() before
-    // run() makes it return at once.
+    // is watched (then the status is 0). A stop() before run() makes it return at once; each stop
+    // ends one run.
     int run() override;
     void stop(int status, std::string reason) override;
 

@@ -36,6 +36,8 @@ TEST(PollRunLoopTest, StopEndsTheRunWithItsStatusAndAStopBeforeTheRunHolds)
     stoppedEarly.schedule(60, [] {});
     stoppedEarly.stop(5, "dump");
     EXPECT_EQ(stoppedEarly.run(), 5);
+    stoppedEarly.schedule(0, [&] { stoppedEarly.stop(6, "again"); });
+    EXPECT_EQ(stoppedEarly.run(), 6);
 }
 
 TEST(PollRunLoopTest, ReadableSourceRunsUntilRemoved)
