@@ -1,7 +1,13 @@
 // vardel-tracker: the tracker process. With VARDEL_DESKTOP it runs on the scripted desktop that the
-// scenario file describes, in virtual time.
+// scenario file describes, in virtual time; otherwise on the X11 desktop of DISPLAY.
 
+#include "platform/JsonLinesTrace.h"
 #include "platform/Platform.h"
+#include "platform/linux/JsonFilePreferenceStore.h"
+#include "platform/linux/LinuxDesktop.h"
+#include "platform/linux/MemoryPreferenceStore.h"
+#include "platform/linux/PollRunLoop.h"
+#include "platform/linux/StandardErrorLog.h"
 #include "platform/scripted/ScriptedDesktop.h"
 #include "product/AnalyticsWrapper.h"
 #include "product/DataFolder.h"
@@ -10,11 +16,15 @@
 #include "product/SupportRequests.h"
 #include "shell/VDHelperAppDelegate.h"
 
+#include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <memory>
 #include <string>
+#include <sys/signalfd.h>
+#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -37,14 +47,14 @@ std::ostream* openTrace(const char* destination, std::ofstream& file)
 }
 
 // The product's stores live in the data folder; the scenario may say the database is unavailable.
-void configureProductStores(const vardel::scripted::ScriptedDesktop& desktop)
+void configureProductStores(bool databaseAvailable)
 {
     auto dataFolder = vardel::DataFolder::fromEnvironment(std::getenv);
     if (dataFolder) {
         vardel::AnalyticsWrapper::sharedInstance().configure(*dataFolder);
         vardel::SupportRequests::sharedInstance().configure(*dataFolder);
     }
-    if (dataFolder && desktop.databaseAvailable())
+    if (dataFolder && databaseAvailable)
         vardel::DatabaseWrapper::sharedInstance().configure(*dataFolder);
     else
         vardel::DatabaseWrapper::sharedInstance().configureUnavailable();
@@ -59,18 +69,16 @@ int runTracker(vardel::Platform& platform, const std::vector<std::string>& argum
     return platform.runLoop().run();
 }
 
-} // namespace
-
-int main(int argc, char** argv)
+// Closes the database, so that its write-ahead log is merged back before the process ends.
+void finish(vardel::Platform& platform, int status, const std::string& reason)
 {
-    std::vector<std::string> arguments(argv, argv + argc);
-    const char* scenario = environment("VARDEL_DESKTOP");
-    if (!scenario) {
-        std::cerr << "vardel-tracker: this build has no real desktop backend yet; set VARDEL_DESKTOP to a scenario "
-                     "file to run on the scripted desktop\n";
-        return usageErrorStatus;
-    }
+    vardel::DatabaseWrapper::sharedInstance().configureUnavailable();
+    platform.trace().write("exit", { { "status", status }, { "reason", reason } });
+    vardel::Platform::install(nullptr);
+}
 
+int runOnScriptedDesktop(const char* scenario, const std::vector<std::string>& arguments)
+{
     std::unique_ptr<vardel::scripted::ScriptedDesktop> desktop;
     try {
         desktop = vardel::scripted::ScriptedDesktop::load(scenario);
@@ -90,11 +98,97 @@ int main(int argc, char** argv)
     }
 
     vardel::Platform::install(desktop.get());
-    configureProductStores(*desktop);
+    configureProductStores(desktop->databaseAvailable());
     int status = runTracker(*desktop, arguments);
-    // Closes the database, so that its write-ahead log is merged back before the process ends.
-    vardel::DatabaseWrapper::sharedInstance().configureUnavailable();
-    desktop->trace().write("exit", { { "status", status }, { "reason", desktop->stopReason() } });
-    vardel::Platform::install(nullptr);
+    finish(*desktop, status, desktop->stopReason());
     return status;
+}
+
+// SIGTERM and SIGINT stop the run loop, so that the tracker ends as after any other stop. Blocked
+// before any thread starts, so that every thread inherits the mask and only the descriptor sees them.
+int blockTerminationSignals()
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGTERM);
+    sigaddset(&signals, SIGINT);
+    sigprocmask(SIG_BLOCK, &signals, nullptr);
+    return signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
+}
+
+void stopOnTerminationSignals(vardel::linux_desktop::PollRunLoop& runLoop, int signalDescriptor)
+{
+    if (signalDescriptor < 0)
+        return;
+    runLoop.addReadableSource(signalDescriptor, [&runLoop, signalDescriptor] {
+        signalfd_siginfo received {};
+        if (read(signalDescriptor, &received, sizeof received) == sizeof received)
+            runLoop.requestTermination("signal " + std::to_string(received.ssi_signo));
+    });
+}
+
+// The relaunch script opens the bundle with the desktop's "open" command and uses bash's brace
+// expansion; neither is what /usr/bin/open and /bin/sh are on Linux, so relaunches stay off unless
+// the user switches them on.
+void suppressRelaunchesUnlessChosen(vardel::PreferenceStore& defaults)
+{
+    constexpr const char* key = "VDHelperAppDelegate_suppressAllAppRelaunches";
+    if (!defaults.object(key))
+        defaults.setObject(key, vardel::Value(true));
+}
+
+int runOnLinuxDesktop(const std::vector<std::string>& arguments)
+{
+    int signalDescriptor = blockTerminationSignals();
+    auto start = std::chrono::steady_clock::now();
+    vardel::JsonLinesTrace trace(
+        [start] { return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(); });
+    std::ofstream traceFile;
+    if (const char* traceDestination = environment("VARDEL_TRACE")) {
+        std::ostream* stream = openTrace(traceDestination, traceFile);
+        if (!stream) {
+            std::cerr << "vardel-tracker: cannot write the trace to " << traceDestination << '\n';
+            return usageErrorStatus;
+        }
+        trace.setStream(stream);
+    }
+
+    vardel::linux_desktop::StandardErrorLog storeLog(trace);
+    auto configuration = vardel::JsonFilePreferenceStore::configurationFolder(std::getenv);
+    if (!configuration) {
+        std::cerr << "vardel-tracker: neither XDG_CONFIG_HOME nor HOME names a folder for the preferences\n";
+        return usageErrorStatus;
+    }
+    vardel::JsonFilePreferenceStore defaults(*configuration / "defaults.json", storeLog);
+    vardel::JsonFilePreferenceStore preferences(*configuration / "preferences.json", storeLog);
+    suppressRelaunchesUnlessChosen(defaults);
+    vardel::linux_desktop::MemoryDefaultsDomains domains(trace);
+    std::unique_ptr<vardel::linux_desktop::LinuxDesktop> desktop;
+    try {
+        desktop = vardel::linux_desktop::LinuxDesktop::open({ defaults, preferences, domains }, trace);
+    } catch (const vardel::linux_desktop::LinuxDesktopError& error) {
+        std::cerr << "vardel-tracker: " << error.what() << '\n';
+        return usageErrorStatus;
+    }
+    stopOnTerminationSignals(desktop->pollRunLoop(), signalDescriptor);
+
+    vardel::Platform::install(desktop.get());
+    configureProductStores(true);
+    int status = runTracker(*desktop, arguments);
+    finish(*desktop, status, desktop->stopReason());
+    return status;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    std::vector<std::string> arguments(argv, argv + argc);
+    if (const char* scenario = environment("VARDEL_DESKTOP"))
+        return runOnScriptedDesktop(scenario, arguments);
+    if (environment("DISPLAY"))
+        return runOnLinuxDesktop(arguments);
+    std::cerr << "vardel-tracker: there is no desktop to track: DISPLAY names no X display; set it, or set "
+                 "VARDEL_DESKTOP to a scenario file to run on the scripted desktop\n";
+    return usageErrorStatus;
 }

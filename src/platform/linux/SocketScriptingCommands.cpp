@@ -28,8 +28,12 @@ void SocketScriptingCommands::open()
     try {
         server_ = std::make_unique<ScriptingCommandServer>(
             *socketPath_,
-            [deliver](double fors) { deliver({ "pause", { { "fors", Value(fors) } } }); },
-            [deliver] { deliver({ "resume", {} }); });
+            [deliver](double fors) {
+                deliver({ "pause", { { "fors", Value(fors) } } });
+            },
+            [deliver] {
+                deliver({ "resume", {} });
+            });
     } catch (const std::runtime_error& error) {
         log_.warning(error.what());
         return;

@@ -33,7 +33,7 @@ private:
     Log& log_;
     std::optional<std::filesystem::path> socketPath_;
     std::function<void(const ScriptingCommandRequest&)> handler_;
-    std::unique_ptr<ScriptingCommandServer> server_;
+    std::unique_ptr<vardel::ScriptingCommandServer> server_;
     std::optional<PollRunLoop::SourceId> source_;
 };
 

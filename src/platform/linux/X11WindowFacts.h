@@ -19,6 +19,13 @@ struct X11Window {
     // Top-left-origin global coordinates, as the window manager placed the frame.
     Rect frame;
     bool fullScreen = false;
+    // WM_CLASS: the instance and the class name.
+    std::string instanceName;
+    std::string className;
+    // _GTK_APPLICATION_ID, set by GApplication-based programs.
+    std::string gtkApplicationId;
+    // 0 for normal windows; docks, panels and menus float above.
+    int layer = 0;
 };
 
 // The window facts that accessibility cannot tell on X11: which window is active, its full-screen

@@ -1,40 +1,17 @@
 #pragma once
 
-#include "platform/EventTrace.h"
+#include "platform/JsonLinesTrace.h"
 #include "platform/scripted/VirtualClock.h"
-
-#include <nlohmann/json.hpp>
-
-#include <iosfwd>
-#include <string_view>
-#include <vector>
 
 namespace vardel::scripted {
 
-// Writes trace events as JSON lines {"t": seconds since start, "event": name, ...fields} to a stream
-// and, when asked, keeps them in memory for tests.
-class TraceWriter final : public EventTrace {
+// The scripted desktop's trace: its times are the virtual clock's.
+class TraceWriter final : public JsonLinesTrace {
 public:
     explicit TraceWriter(const VirtualClock& clock)
-        : clock_(clock)
+        : JsonLinesTrace([&clock] { return clock.elapsedSeconds(); })
     {
     }
-
-    void write(std::string_view event, nlohmann::ordered_json fields) override;
-
-    void setStream(std::ostream* stream) { stream_ = stream; }
-    void setRecording(bool recording) { recording_ = recording; }
-    const std::vector<nlohmann::ordered_json>& recorded() const { return recorded_; }
-
-    // Seconds rounded to the microsecond, whole ones as integers, so that float noise stays out of
-    // the trace.
-    static nlohmann::ordered_json seconds(double);
-
-private:
-    const VirtualClock& clock_;
-    std::ostream* stream_ = nullptr;
-    bool recording_ = false;
-    std::vector<nlohmann::ordered_json> recorded_;
 };
 
 } // namespace vardel::scripted

@@ -1,12 +1,12 @@
-#include "platform/scripted/TraceWriter.h"
+#include "platform/JsonLinesTrace.h"
 
 #include <cmath>
 #include <cstdint>
 #include <ostream>
 
-namespace vardel::scripted {
+namespace vardel {
 
-nlohmann::ordered_json TraceWriter::seconds(double value)
+nlohmann::ordered_json JsonLinesTrace::seconds(double value)
 {
     double rounded = std::round(value * 1e6) / 1e6;
     if (std::trunc(rounded) == rounded && std::fabs(rounded) < 9e15)
@@ -14,11 +14,11 @@ nlohmann::ordered_json TraceWriter::seconds(double value)
     return rounded;
 }
 
-void TraceWriter::write(std::string_view event, nlohmann::ordered_json fields)
+void JsonLinesTrace::write(std::string_view event, nlohmann::ordered_json fields)
 {
     if (!stream_ && !recording_)
         return;
-    nlohmann::ordered_json line = { { "t", seconds(clock_.elapsedSeconds()) }, { "event", event } };
+    nlohmann::ordered_json line = { { "t", seconds(elapsedSeconds_()) }, { "event", event } };
     if (fields.is_object()) {
         for (auto& [key, value] : fields.items())
             line[key] = std::move(value);
@@ -32,4 +32,4 @@ void TraceWriter::write(std::string_view event, nlohmann::ordered_json fields)
         recorded_.push_back(std::move(line));
 }
 
-} // namespace vardel::scripted
+} // namespace vardel

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "platform/Accessibility.h"
+#include "platform/linux/X11WindowFacts.h"
+
+#include <chrono>
+#include <map>
+#include <memory>
+#include <string>
+
+typedef struct _AtspiAccessible AtspiAccessible;
+
+namespace vardel::linux_desktop {
+
+// Other applications' element trees over AT-SPI2, with the attribute names the logic reads
+// (docs/linux-desktop.md lists them and the role table). Windows are the application's frames; what
+// AT-SPI cannot tell about them (full screen, the active one, titles left empty) comes from X11.
+//
+// Every call is bounded by the messaging time-out. An application that lets a call run into it is
+// taken as frozen: for the next few seconds calls to it fail at once, so that a frozen application
+// costs a sample at most one time-out.
+class AtspiAccessibility final : public Accessibility {
+public:
+    // Nothing when there is no accessibility bus. The facts may be nullptr.
+    static std::unique_ptr<AtspiAccessibility> connect(X11WindowFacts* windowFacts);
+    ~AtspiAccessibility() override;
+
+    bool isProcessTrusted() override { return true; }
+    std::optional<AXUIElement> createApplication(ProcessIdentifier) override;
+    std::optional<AXUIElement> createSystemWide() override;
+    AXResult<Value> copyAttributeValue(const AXUIElement&, std::string_view attribute) override;
+    AXResult<std::vector<std::string>> copyAttributeNames(const AXUIElement&) override;
+    AXResult<std::vector<std::string>> copyActionNames(const AXUIElement&) override;
+    AXResult<std::string> copyActionDescription(const AXUIElement&, std::string_view action) override;
+    AXError performAction(const AXUIElement&, std::string_view action) override;
+    AXError setAttributeValue(const AXUIElement&, std::string_view attribute, const Value&) override;
+    AXResult<bool> isAttributeSettable(const AXUIElement&, std::string_view attribute) override;
+    AXResult<int64_t> attributeValueCount(const AXUIElement&, std::string_view attribute) override;
+    AXResult<ProcessIdentifier> pid(const AXUIElement&) override;
+    AXResult<AXUIElement> copyElementAtPosition(const AXUIElement& application, float x, float y) override;
+    // AT-SPI has one time-out for every call: only the system-wide element sets it; other elements
+    // answer notImplemented.
+    AXError setMessagingTimeout(const AXUIElement&, float seconds) override;
+
+    // How many calls to applications this object has made, for measuring a sample's cost.
+    uint64_t callCount() const { return callCount_; }
+
+    struct Calls;
+
+private:
+    explicit AtspiAccessibility(X11WindowFacts*);
+
+    X11WindowFacts* windowFacts_;
+    std::chrono::milliseconds timeout_;
+    std::map<std::string, std::chrono::steady_clock::time_point> frozenUntil_;
+    std::map<ProcessIdentifier, AtspiAccessible*> applications_;
+    uint64_t callCount_ = 0;
+};
+
+} // namespace vardel::linux_desktop

@@ -1,0 +1,309 @@
+#include "platform/linux/LinuxDesktop.h"
+
+#include "platform/linux/ApplicationIdentity.h"
+#include "platform/linux/AtspiAccessibility.h"
+#include "platform/linux/DesktopNotificationCenter.h"
+#include "platform/linux/HeadlessStatusBar.h"
+#include "platform/linux/InotifyFileEventStreams.h"
+#include "platform/linux/JsonPropertyListFiles.h"
+#include "platform/linux/LogindPowerManagement.h"
+#include "platform/linux/NoRunningTaskSource.h"
+#include "platform/linux/PollRunLoop.h"
+#include "platform/linux/ProcessStandardStreams.h"
+#include "platform/linux/ScriptingCommandServer.h"
+#include "platform/linux/SocketScriptingCommands.h"
+#include "platform/linux/SpawnProcessLauncher.h"
+#include "platform/linux/StandardErrorLog.h"
+#include "platform/linux/SystemClock.h"
+#include "platform/linux/TraceAnalyticsSink.h"
+#include "platform/linux/TracedTimeEntryEditor.h"
+#include "platform/linux/UnattendedAlerts.h"
+#include "platform/linux/UnavailableAccessibility.h"
+#include "platform/linux/X11Connection.h"
+#include "platform/linux/X11WindowServer.h"
+#include "platform/linux/X11Workspace.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <glib.h>
+#include <map>
+#include <sstream>
+#include <unistd.h>
+
+namespace vardel::linux_desktop {
+
+namespace {
+
+// libatspi and GDBus queue what applications and the notification server send until the GLib
+// main context is served; this often keeps the queue short without a second event loop.
+constexpr double glibServiceInterval = 0.5;
+constexpr int maxGlibDispatchesPerService = 1000;
+constexpr const char* identifierPreference = "LinuxDesktop_applicationIdentifiers";
+
+ApplicationIdentifierTable identifierTable(PreferenceStore& defaults)
+{
+    ApplicationIdentifierTable table;
+    if (auto path = ApplicationIdentifierTable::shippedTablePath()) {
+        try {
+            table = ApplicationIdentifierTable::load(*path);
+        } catch (const std::runtime_error& error) {
+            throw LinuxDesktopError(error.what());
+        }
+    }
+    if (auto extra = defaults.object(identifierPreference); extra && extra->asDictionary())
+        table.addPreferenceEntries(*extra->asDictionary());
+    return table;
+}
+
+std::string languageTag(std::string locale)
+{
+    // "de_CH.UTF-8@euro" → "de-CH"
+    locale = locale.substr(0, locale.find_first_of(".@"));
+    std::replace(locale.begin(), locale.end(), '_', '-');
+    if (locale.empty() || locale == "C" || locale == "POSIX")
+        return "en";
+    return locale;
+}
+
+const char* environment(const char* name)
+{
+    const char* value = std::getenv(name);
+    return value && *value ? value : nullptr;
+}
+
+} // namespace
+
+struct LinuxDesktop::State {
+    State(const LinuxDesktopStores& stores, JsonLinesTrace& trace, std::unique_ptr<X11Connection> connection)
+        : stores(stores)
+        , trace(trace)
+        , log(trace)
+        , analytics(trace)
+        , launcher(trace)
+        , standardStreams(trace)
+        , notifications(trace, log)
+        , timeEntryEditor(trace, log)
+        , x11(std::move(connection))
+        , windowServer(*x11)
+        , identity(desktopEntries, identifierTable(stores.standardUserDefaults))
+        , workspace(*x11, identity, launcher, trace)
+        , alerts(log)
+        , scriptingCommands(runLoop, log, vardel::ScriptingCommandServer::socketPath(std::getenv))
+        , fileEventStreams(runLoop, fileEventSourceHooks())
+    {
+    }
+
+    ReadableSourceHooks fileEventSourceHooks()
+    {
+        return { [this](int descriptor, std::function<void()> onReadable) {
+                    fileEventSources[descriptor] = runLoop.addReadableSource(descriptor, std::move(onReadable));
+                },
+            [this](int descriptor) {
+                if (auto source = fileEventSources.find(descriptor); source != fileEventSources.end()) {
+                    runLoop.removeSource(source->second);
+                    fileEventSources.erase(source);
+                }
+            } };
+    }
+
+    LinuxDesktopStores stores;
+    JsonLinesTrace& trace;
+    SystemClock clock;
+    PollRunLoop runLoop;
+    StandardErrorLog log;
+    TraceAnalyticsSink analytics;
+    SpawnProcessLauncher launcher;
+    ProcessStandardStreams standardStreams;
+    JsonPropertyListFiles propertyListFiles;
+    LogindPowerManagement powerManagement;
+    DesktopNotificationCenter notifications;
+    TracedTimeEntryEditor timeEntryEditor;
+    NoRunningTaskSource runningTasks;
+    std::unique_ptr<X11Connection> x11;
+    X11WindowServer windowServer;
+    DesktopEntries desktopEntries;
+    ApplicationIdentity identity;
+    X11Workspace workspace;
+    std::unique_ptr<Accessibility> accessibility;
+    UnattendedAlerts alerts;
+    HeadlessStatusBar statusBar;
+    SocketScriptingCommands scriptingCommands;
+    std::map<int, PollRunLoop::SourceId> fileEventSources;
+    InotifyFileEventStreams fileEventStreams;
+
+    void serveGlibEvents()
+    {
+        for (int dispatched = 0; dispatched < maxGlibDispatchesPerService; ++dispatched) {
+            if (!g_main_context_iteration(nullptr, FALSE))
+                break;
+        }
+        runLoop.schedule(glibServiceInterval, [this] { serveGlibEvents(); });
+    }
+};
+
+std::unique_ptr<LinuxDesktop> LinuxDesktop::open(
+    const LinuxDesktopStores& stores, JsonLinesTrace& trace, const char* display)
+{
+    auto connection = X11Connection::open(display);
+    if (!connection)
+        throw LinuxDesktopError(std::string("cannot open the X display ")
+            + (display                       ? display
+                    : environment("DISPLAY") ? environment("DISPLAY")
+                                             : "(DISPLAY is not set)"));
+    auto state = std::make_unique<State>(stores, trace, std::move(connection));
+    if (auto accessibility = AtspiAccessibility::connect(state->x11.get())) {
+        state->accessibility = std::move(accessibility);
+    } else {
+        state->log.warning("The accessibility bus (AT-SPI) is not available: window titles come from X11 alone, "
+                           "without documents or web pages.");
+        state->accessibility = std::make_unique<UnavailableAccessibility>();
+    }
+    state->serveGlibEvents();
+    return std::unique_ptr<LinuxDesktop>(new LinuxDesktop(std::move(state)));
+}
+
+LinuxDesktop::LinuxDesktop(std::unique_ptr<State> state)
+    : state_(std::move(state))
+{
+}
+
+LinuxDesktop::~LinuxDesktop() = default;
+
+PollRunLoop& LinuxDesktop::pollRunLoop()
+{
+    return state_->runLoop;
+}
+
+std::string LinuxDesktop::stopReason() const
+{
+    return state_->runLoop.stopReason();
+}
+
+std::vector<std::string> LinuxDesktop::languagesFromEnvironment(const char* language, const char* locale)
+{
+    std::vector<std::string> languages;
+    if (language && *language) {
+        std::istringstream list(language);
+        for (std::string entry; std::getline(list, entry, ':');) {
+            if (!entry.empty())
+                languages.push_back(languageTag(entry));
+        }
+    }
+    if (languages.empty())
+        languages.push_back(languageTag(locale ? locale : ""));
+    return languages;
+}
+
+Alerts& LinuxDesktop::alerts()
+{
+    return state_->alerts;
+}
+
+StatusBar& LinuxDesktop::statusBar()
+{
+    return state_->statusBar;
+}
+
+ScriptingCommands& LinuxDesktop::scriptingCommands()
+{
+    return state_->scriptingCommands;
+}
+
+FileEventStreams& LinuxDesktop::fileEventStreams()
+{
+    return state_->fileEventStreams;
+}
+
+// The program has no bundle here: the folder of its executable stands in for it.
+CurrentProcess LinuxDesktop::currentProcess()
+{
+    std::error_code error;
+    std::filesystem::path executable = std::filesystem::read_symlink("/proc/self/exe", error);
+    ApplicationBundle bundle { executable.parent_path().string(), "info.quenby.VardelHelper", "Vardel Tracker", {} };
+    return { static_cast<ProcessIdentifier>(::getpid()), executable.string(), std::move(bundle) };
+}
+
+std::vector<std::string> LinuxDesktop::preferredLanguages()
+{
+    const char* locale = environment("LC_ALL");
+    if (!locale)
+        locale = environment("LC_MESSAGES");
+    if (!locale)
+        locale = environment("LANG");
+    return languagesFromEnvironment(environment("LANGUAGE"), locale);
+}
+
+Accessibility& LinuxDesktop::accessibility()
+{
+    return *state_->accessibility;
+}
+Workspace& LinuxDesktop::workspace()
+{
+    return state_->workspace;
+}
+WindowServer& LinuxDesktop::windowServer()
+{
+    return state_->windowServer;
+}
+PreferenceStore& LinuxDesktop::standardUserDefaults()
+{
+    return state_->stores.standardUserDefaults;
+}
+PreferenceStore& LinuxDesktop::productPreferences()
+{
+    return state_->stores.productPreferences;
+}
+DefaultsDomains& LinuxDesktop::defaultsDomains()
+{
+    return state_->stores.defaultsDomains;
+}
+Clock& LinuxDesktop::clock()
+{
+    return state_->clock;
+}
+RunLoop& LinuxDesktop::runLoop()
+{
+    return state_->runLoop;
+}
+ProcessLauncher& LinuxDesktop::processLauncher()
+{
+    return state_->launcher;
+}
+AnalyticsSink& LinuxDesktop::analytics()
+{
+    return state_->analytics;
+}
+Log& LinuxDesktop::log()
+{
+    return state_->log;
+}
+EventTrace& LinuxDesktop::trace()
+{
+    return state_->trace;
+}
+PropertyListFiles& LinuxDesktop::propertyListFiles()
+{
+    return state_->propertyListFiles;
+}
+StandardStreams& LinuxDesktop::standardStreams()
+{
+    return state_->standardStreams;
+}
+PowerManagement& LinuxDesktop::powerManagement()
+{
+    return state_->powerManagement;
+}
+UserNotificationCenter& LinuxDesktop::userNotificationCenter()
+{
+    return state_->notifications;
+}
+TimeEntryEditor& LinuxDesktop::timeEntryEditor()
+{
+    return state_->timeEntryEditor;
+}
+RunningTaskSource& LinuxDesktop::runningTasks()
+{
+    return state_->runningTasks;
+}
+
+} // namespace vardel::linux_desktop

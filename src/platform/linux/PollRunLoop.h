@@ -1,0 +1,71 @@
+#pragma once
+
+#include "platform/RunLoop.h"
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <string>
+#include <utility>
+
+namespace vardel::linux_desktop {
+
+// The main run loop in real, monotonic time. Timers are served in order of due time (equal times in
+// the order they were scheduled). Besides timers it watches file descriptors: a readable source's
+// callback runs on the loop whenever poll() reports the descriptor readable (or hung up, or in
+// error), until the source is removed. The loop never closes a descriptor; remove its source
+// before closing it.
+class PollRunLoop final : public RunLoop {
+public:
+    using SourceId = uint64_t;
+
+    PollRunLoop();
+
+    TimerId schedule(double delaySeconds, std::function<void()> callback) override;
+    void cancel(TimerId) override;
+    void sleep(double seconds) override;
+    // Serves timers and sources until stop() is called, or until nothing is scheduled and no source
+    // is watched (then the status is 0). A stop() before run() makes it return at once; each stop
+    // ends one run.
+    int run() override;
+    void stop(int status, std::string reason) override;
+    void setTerminationRequestHandler(std::function<void(const std::string& reason)> handler) override
+    {
+        terminationRequestHandler_ = std::move(handler);
+    }
+    // A termination signal arrived: the handler decides when to stop; without one the run stops now.
+    void requestTermination(const std::string& reason);
+
+    SourceId addReadableSource(int fileDescriptor, std::function<void()> onReadable);
+    // Removing an unknown or already removed source does nothing.
+    void removeSource(SourceId);
+
+    // Seconds since the loop was made.
+    double elapsedSeconds() const;
+    // The reason given to stop(); empty while running or when the loop ran out of work.
+    const std::string& stopReason() const { return stopReason_; }
+
+private:
+    using Instant = std::chrono::steady_clock::time_point;
+    struct Source {
+        int fileDescriptor;
+        std::function<void()> onReadable;
+    };
+
+    bool serveDueTimers();
+    void waitForSources(int timeoutMilliseconds);
+    int millisecondsUntilNextTimer() const;
+
+    Instant start_;
+    TimerId lastTimer_ = 0;
+    SourceId lastSource_ = 0;
+    std::map<std::pair<Instant, TimerId>, std::function<void()>> timers_;
+    std::map<SourceId, Source> sources_;
+    bool stopped_ = false;
+    int status_ = 0;
+    std::string stopReason_;
+    std::function<void(const std::string&)> terminationRequestHandler_;
+};
+
+} // namespace vardel::linux_desktop
