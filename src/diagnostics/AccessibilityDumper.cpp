@@ -84,6 +84,28 @@ void showWindow(
         show(webAreas[index], label + " web area #" + std::to_string(index));
 }
 
+bool hasChildren(const AXUIElement& element)
+{
+    return !ElementHelpers::children(element).empty();
+}
+
+bool exposesContent(
+    std::initializer_list<std::optional<AXUIElement>> namedWindows, const ElementHelpers::ElementList& windows)
+{
+    return std::any_of(namedWindows.begin(), namedWindows.end(), [](const std::optional<AXUIElement>& window) {
+        return window && hasChildren(*window);
+    }) || std::any_of(windows.begin(), windows.end(), hasChildren);
+}
+
+// Said on standard error, so that the dump itself keeps its form. Chromium and the applications built
+// on it hide their content from accessibility unless told otherwise at launch.
+std::string noContentNote(const std::string& bundleIdentifier)
+{
+    return "Note: the windows of '" + bundleIdentifier
+        + "' expose no content to accessibility. Applications built on Chromium expose it only when started with "
+          "--force-renderer-accessibility (see the README).";
+}
+
 std::optional<std::string> iconFileName(const ApplicationBundle& bundle)
 {
     auto entry = bundle.info.find(iconFileKey);
@@ -157,6 +179,8 @@ void AccessibilityDumper::dumpWindowsForApplicationWithBundleIdentifier(
         if (windows[index] != mainWindow && windows[index] != focusedWindow)
             showWindow(windows[index], "Window " + std::to_string(index), preparedQuery);
     }
+    if (!exposesContent({ mainWindow, focusedWindow }, windows))
+        printErrorLine(noContentNote(bundleIdentifier));
 }
 
 bool AccessibilityDumper::dumpIconForApplicationWithPossibleBundleIdentifier(const std::string& argument)

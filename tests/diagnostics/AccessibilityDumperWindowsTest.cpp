@@ -91,5 +91,19 @@ TEST_F(AccessibilityDumperWindowsTest, AnApplicationThatIsNotRunningIsNotFound)
     EXPECT_EQ(dump(fixtureApplications(), "com.example.Missing"), "Application 'com.example.Missing' not found.\n");
 }
 
+TEST_F(AccessibilityDumperWindowsTest, WindowsWithoutContentAreCalledOutOnStandardError)
+{
+    Json ui = node("AXApplication", { { "AXMainWindow", ref("page") } },
+        { node("AXWindow", { { "id", "page" }, { "AXTitle", "Example" } }) });
+    load(desktopWith(application(503, "org.chromium.Chromium", ui)));
+    std::ostringstream output;
+    std::ostringstream errors;
+    desktop().redirectStandardStreams(output, errors);
+    AccessibilityDumper::dumpWindowsForApplicationWithBundleIdentifier("org.chromium.Chromium", std::nullopt);
+    EXPECT_NE(output.str().find("role='AXWindow' title='Example'"), std::string::npos);
+    EXPECT_NE(errors.str().find("expose no content"), std::string::npos);
+    EXPECT_NE(errors.str().find("--force-renderer-accessibility"), std::string::npos);
+}
+
 } // namespace
 } // namespace vardel

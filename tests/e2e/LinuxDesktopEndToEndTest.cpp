@@ -161,7 +161,7 @@ TEST_F(LinuxDesktopEndToEndTest, ChromiumPageTitleAddressFullScreenAndDump)
     desktop_.waitForActiveWindow(chromium, pageTitle, 30);
     std::string window = desktop_.activeWindowId();
 
-    auto trace = track(6s, [&] { desktop_.run("wmctrl", { "-i", "-r", window, "-b", "add,fullscreen" }); });
+    auto trace = track(10s, [&] { desktop_.run("wmctrl", { "-i", "-r", window, "-b", "add,fullscreen" }); });
     auto first = activities(trace);
     ASSERT_FALSE(first.empty());
     EXPECT_EQ(first.front()["bundleIdentifier"], "org.chromium.Chromium");
