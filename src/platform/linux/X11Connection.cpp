@@ -76,8 +76,8 @@ struct X11Connection::State {
     {
         if (!hasResourceExtension)
             return 0;
-        xcb_res_client_id_spec_t spec { window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID };
-        auto cookie = xcb_res_query_client_ids(connection, 1, &spec);
+        xcb_res_client_id_spec_t clientQuery { window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID };
+        auto cookie = xcb_res_query_client_ids(connection, 1, &clientQuery);
         Reply<xcb_res_query_client_ids_reply_t> reply(xcb_res_query_client_ids_reply(connection, cookie, nullptr));
         if (!reply)
             return 0;
