@@ -23,6 +23,8 @@ constexpr std::chrono::seconds frozenPause { 5 };
 // Hit tests descend one level per call; trees deeper than this are not real.
 constexpr int maxHitTestDepth = 64;
 constexpr int maxChildren = 10000;
+// A browser window's page is nearly always its first showing web document.
+constexpr int firstDocumentsAsked = 1;
 
 // Action names that press an element, as toolkits spell them; the first the element has plays AXPress.
 constexpr std::array<std::string_view, 5> pressActions = { "click", "press", "activate", "jump", "toggle" };
@@ -466,8 +468,10 @@ struct AtspiAccessibility::Calls {
         return address ? std::optional<Value>(Url { *address }) : std::nullopt;
     }
 
-    // The web documents below the element that are showing, outermost first, in one call.
-    std::vector<AXUIElement> showingWebDocuments(AtspiAccessible* accessible)
+    // The first `count` web documents below the element that are showing, outermost first, in one
+    // call. The application stops walking its tree at the last one asked for, so a small count spares
+    // it the walk through a large page below the document.
+    std::vector<AXUIElement> showingWebDocuments(AtspiAccessible* accessible, int count)
     {
         std::vector<AXUIElement> documents;
         AtspiCollection* collection = atspi_accessible_get_collection_iface(accessible);
@@ -483,7 +487,7 @@ struct AtspiAccessibility::Calls {
                 ATSPI_Collection_MATCH_ANY, nullptr, ATSPI_Collection_MATCH_NONE, FALSE);
         GArray* matches = run(accessible, static_cast<GArray*>(nullptr), [&](GError** failure) {
             return atspi_collection_get_matches(
-                collection, rule, ATSPI_Collection_SORT_ORDER_CANONICAL, 0, TRUE, failure);
+                collection, rule, ATSPI_Collection_SORT_ORDER_CANONICAL, count, TRUE, failure);
         });
         g_object_unref(rule);
         g_array_unref(roles);
@@ -498,14 +502,20 @@ struct AtspiAccessibility::Calls {
     }
 
     // A browser window's document is the page it shows: the first showing web document with an
-    // address (Chromium keeps hidden, empty ones besides).
+    // address (Chromium keeps hidden, empty ones besides). Asks for one document first and for more
+    // only when none of those has an address.
     std::optional<std::string> windowDocument(AtspiAccessible* window)
     {
-        for (const AXUIElement& document : showingWebDocuments(window)) {
-            if (auto address = documentAddress(accessibleOf(document)))
-                return address;
+        size_t examined = 0;
+        for (int count = firstDocumentsAsked;; count *= 2) {
+            auto documents = showingWebDocuments(window, count);
+            for (; examined < documents.size(); ++examined) {
+                if (auto address = documentAddress(accessibleOf(documents[examined])))
+                    return address;
+            }
+            if (documents.size() < static_cast<size_t>(count) || count >= maxChildren)
+                return std::nullopt;
         }
-        return std::nullopt;
     }
 
     std::optional<Value> document(AtspiAccessible* accessible, int elementRole)
