@@ -15,6 +15,11 @@ ordered_json encode(const std::optional<Value>& value)
 
 ordered_json encode(const Value& value)
 {
+    return encode(value, formatIso8601);
+}
+
+ordered_json encode(const Value& value, std::string (*formatDate)(Date))
+{
     switch (value.kind()) {
     case Value::Kind::Text:
         return *value.asText();
@@ -25,19 +30,19 @@ ordered_json encode(const Value& value)
     case Value::Kind::Boolean:
         return *value.asBoolean();
     case Value::Kind::Date:
-        return { { "date", formatIso8601(*value.asDate()) } };
+        return { { "date", formatDate(*value.asDate()) } };
     case Value::Kind::Url:
         return { { "url", value.asUrl()->absoluteString } };
     case Value::Kind::List: {
         ordered_json array = ordered_json::array();
         for (const Value& member : *value.asList())
-            array.push_back(encode(member));
+            array.push_back(encode(member, formatDate));
         return array;
     }
     case Value::Kind::Dictionary: {
         ordered_json object = ordered_json::object();
         for (const auto& [key, member] : *value.asDictionary())
-            object[key] = encode(member);
+            object[key] = encode(member, formatDate);
         return object;
     }
     case Value::Kind::Element: {

@@ -15,6 +15,8 @@ namespace vardel::ValueJson {
 // {"ref": "element id"} for the rest.
 nlohmann::ordered_json encode(const Value&);
 nlohmann::ordered_json encode(const std::optional<Value>&);
+// The same, with dates written by formatDate (for stores that must read dates back exactly).
+nlohmann::ordered_json encode(const Value&, std::string (*formatDate)(Date));
 
 std::string formatIso8601(Date);
 std::optional<Date> parseIso8601(const std::string&);

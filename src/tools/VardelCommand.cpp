@@ -66,6 +66,27 @@ int usageError(std::ostream& errors, const std::string& problem)
     return VardelCommand::usageStatus;
 }
 
+// Finds the day and opens the store, reads the day with read(store, day) and prints what it gave
+// with print(value, day); the command's exit status.
+template<typename Read, typename Print>
+int readDay(const std::optional<std::string>& requestedDay, Date now,
+    const VardelCommand::EnvironmentLookup& environment, std::ostream& errors, Read read, Print print)
+{
+    auto day = dayOf(requestedDay, now, errors);
+    if (!day)
+        return VardelCommand::usageStatus;
+    auto store = openStore(environment, errors);
+    if (!store)
+        return VardelCommand::failureStatus;
+    auto result = read(*store, *day);
+    if (!result.ok()) {
+        errors << "vardel: " << result.error().message << "\n";
+        return VardelCommand::failureStatus;
+    }
+    print(result.value(), *day);
+    return VardelCommand::successStatus;
+}
+
 } // namespace
 
 const char* VardelCommand::usage()
@@ -132,23 +153,16 @@ int VardelCommand::report(const std::vector<std::string>& arguments, std::ostrea
     auto options = parseReportOptions(arguments, errors);
     if (!options)
         return usageStatus;
-    auto day = dayOf(options->day, now, errors);
-    if (!day)
-        return usageStatus;
-    auto store = openStore(environment, errors);
-    if (!store)
-        return failureStatus;
-    auto spans = store->activitySpansInRange(day->start, day->end);
-    if (!spans.ok()) {
-        errors << "vardel: " << spans.error().message << "\n";
-        return failureStatus;
-    }
-    auto summary = ActivitySummary::of(spans.value(), day->start, day->end);
-    if (options->json)
-        output << ActivityReportFormatter::json(summary, day->name).dump(2) << "\n";
-    else
-        output << ActivityReportFormatter::text(summary, day->name);
-    return successStatus;
+    return readDay(
+        options->day, now, environment, errors,
+        [](Database& store, const Day& day) { return store.activitySpansInRange(day.start, day.end); },
+        [&](const auto& spans, const Day& day) {
+            auto summary = ActivitySummary::of(spans, day.start, day.end);
+            if (options->json)
+                output << ActivityReportFormatter::json(summary, day.name).dump(2) << "\n";
+            else
+                output << ActivityReportFormatter::text(summary, day.name);
+        });
 }
 
 int VardelCommand::entries(const std::vector<std::string>& arguments, std::ostream& output, std::ostream& errors,
@@ -157,22 +171,15 @@ int VardelCommand::entries(const std::vector<std::string>& arguments, std::ostre
     auto options = parseReportOptions(arguments, errors);
     if (!options)
         return usageStatus;
-    auto day = dayOf(options->day, now, errors);
-    if (!day)
-        return usageStatus;
-    auto store = openStore(environment, errors);
-    if (!store)
-        return failureStatus;
-    auto entries = store->entriesInRange(day->start, day->end);
-    if (!entries.ok()) {
-        errors << "vardel: " << entries.error().message << "\n";
-        return failureStatus;
-    }
-    if (options->json)
-        output << TimeEntriesFormatter::json(entries.value(), day->name).dump(2) << "\n";
-    else
-        output << TimeEntriesFormatter::text(entries.value(), day->name);
-    return successStatus;
+    return readDay(
+        options->day, now, environment, errors,
+        [](Database& store, const Day& day) { return store.entriesInRange(day.start, day.end); },
+        [&](const auto& entries, const Day& day) {
+            if (options->json)
+                output << TimeEntriesFormatter::json(entries, day.name).dump(2) << "\n";
+            else
+                output << TimeEntriesFormatter::text(entries, day.name);
+        });
 }
 
 int VardelCommand::sendToTracker(

@@ -88,50 +88,6 @@ std::string encodeDate(Date date)
     return text;
 }
 
-json encode(const Value& value)
-{
-    switch (value.kind()) {
-    case Value::Kind::Date:
-        return { { "date", encodeDate(*value.asDate()) } };
-    case Value::Kind::List: {
-        json array = json::array();
-        for (const Value& member : *value.asList())
-            array.push_back(encode(member));
-        return array;
-    }
-    case Value::Kind::Dictionary: {
-        json object = json::object();
-        for (const auto& [key, member] : *value.asDictionary())
-            object[key] = encode(member);
-        return object;
-    }
-    case Value::Kind::Text:
-        return *value.asText();
-    case Value::Kind::Integer:
-        return *value.asInteger();
-    case Value::Kind::Real:
-        return *value.asNumber();
-    case Value::Kind::Boolean:
-        return *value.asBoolean();
-    case Value::Kind::Url:
-        return { { "url", value.asUrl()->absoluteString } };
-    case Value::Kind::Point:
-        return { { "point", { value.asPoint()->x, value.asPoint()->y } } };
-    case Value::Kind::Size:
-        return { { "size", { value.asSize()->width, value.asSize()->height } } };
-    case Value::Kind::Rect: {
-        Rect rect = *value.asRect();
-        return { { "rect", { rect.origin.x, rect.origin.y, rect.size.width, rect.size.height } } };
-    }
-    case Value::Kind::Range:
-        return { { "range", { value.asRange()->location, value.asRange()->length } } };
-    case Value::Kind::Element:
-        break;
-    }
-    // Elements are refused before anything is written.
-    return nullptr;
-}
-
 struct UnreadableValue : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
@@ -381,9 +337,10 @@ void JsonFilePreferenceStore::synchronize()
 
 void JsonFilePreferenceStore::write()
 {
-    json document = json::object();
+    // Elements were refused before they got here; dates are written to read back exactly.
+    nlohmann::ordered_json document = nlohmann::ordered_json::object();
     for (const auto& [key, value] : values_)
-        document[key] = encode(value);
+        document[key] = ValueJson::encode(value, encodeDate);
     if (auto reason = replaceAtomically(file_, document.dump(2) + "\n"))
         log_.warning("The preferences cannot be written to " + file_.string() + ": " + *reason + ".");
 }
