@@ -139,10 +139,21 @@ TYPED_TEST_P(AccessibilityContractTest, ChildrenNameTheirParent)
         auto parent = this->accessibility().copyAttributeValue(window, "AXParent");
         ASSERT_TRUE(parent.ok() && parent.value->asElement());
         EXPECT_EQ(*parent.value->asElement(), application);
-        for (const AXUIElement& child : this->elements(window, "AXChildren")) {
+    }
+    // Through the whole window: every element lists exactly its own children, as many as it counts.
+    std::deque<AXUIElement> pending(windows.begin(), windows.end());
+    for (int visited = 0; !pending.empty() && visited < 2000; ++visited) {
+        AXUIElement element = pending.front();
+        pending.pop_front();
+        auto children = this->elements(element, "AXChildren");
+        // An element without children may have no children attribute at all.
+        auto count = this->accessibility().attributeValueCount(element, "AXChildren");
+        EXPECT_EQ(count.value.value_or(0), static_cast<int64_t>(children.size()));
+        for (const AXUIElement& child : children) {
             auto childParent = this->accessibility().copyAttributeValue(child, "AXParent");
             ASSERT_TRUE(childParent.ok() && childParent.value->asElement());
-            EXPECT_EQ(*childParent.value->asElement(), window);
+            EXPECT_EQ(*childParent.value->asElement(), element);
+            pending.push_back(child);
         }
     }
 }

@@ -227,6 +227,42 @@ struct AtspiAccessibility::Calls {
 
     std::vector<AXUIElement> children(AtspiAccessible* accessible)
     {
+        if (auto all = childrenInOneCall(accessible))
+            return std::move(*all);
+        return childrenOneByOne(accessible);
+    }
+
+    // A collection query that matches everything and does not descend answers with the element's
+    // children, in their order, in one call instead of one call per child.
+    std::optional<std::vector<AXUIElement>> childrenInOneCall(AtspiAccessible* accessible)
+    {
+        // Finding the interface may itself ask the application.
+        if (!reachable(accessible))
+            return std::nullopt;
+        AtspiCollection* collection = atspi_accessible_get_collection_iface(accessible);
+        if (!collection)
+            return std::nullopt;
+        AtspiMatchRule* everything
+            = atspi_match_rule_new(nullptr, ATSPI_Collection_MATCH_NONE, nullptr, ATSPI_Collection_MATCH_NONE, nullptr,
+                ATSPI_Collection_MATCH_NONE, nullptr, ATSPI_Collection_MATCH_NONE, FALSE);
+        GArray* matches = run(accessible, static_cast<GArray*>(nullptr), [&](GError** failure) {
+            return atspi_collection_get_matches(
+                collection, everything, ATSPI_Collection_SORT_ORDER_CANONICAL, maxChildren, FALSE, failure);
+        });
+        g_object_unref(everything);
+        g_object_unref(collection);
+        if (!matches)
+            return std::nullopt;
+        std::vector<AXUIElement> found;
+        found.reserve(matches->len);
+        for (guint index = 0; index < matches->len; ++index)
+            found.push_back(AtspiElement::adopt(g_array_index(matches, AtspiAccessible*, index)));
+        g_array_free(matches, TRUE);
+        return found;
+    }
+
+    std::vector<AXUIElement> childrenOneByOne(AtspiAccessible* accessible)
+    {
         std::vector<AXUIElement> found;
         int count = std::min(childCount(accessible), maxChildren);
         for (int index = 0; index < count; ++index) {
