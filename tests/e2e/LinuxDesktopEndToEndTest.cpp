@@ -11,6 +11,7 @@
 #include <chrono>
 #include <csignal>
 #include <fstream>
+#include <map>
 #include <netinet/in.h>
 #include <sstream>
 #include <sys/socket.h>
@@ -110,12 +111,13 @@ protected:
     }
 
     // Runs the tracker for that long and returns its trace.
-    std::vector<nlohmann::json> track(std::chrono::milliseconds duration, const std::function<void()>& meanwhile = {})
+    std::vector<nlohmann::json> track(std::chrono::milliseconds duration, const std::function<void()>& meanwhile = {},
+        std::map<std::string, std::string> environment = {})
     {
         auto tracePath = desktop_.scratchFolder() / ("trace-" + std::to_string(++runs_) + ".jsonl");
-        pid_t tracker = desktop_.start(VARDEL_TRACKER_PATH, {},
-            { { "VARDEL_TRACE", tracePath.string() },
-                { "VARDEL_DATA_DIR", (desktop_.scratchFolder() / "data").string() } });
+        environment.emplace("VARDEL_TRACE", tracePath.string());
+        environment.emplace("VARDEL_DATA_DIR", (desktop_.scratchFolder() / "data").string());
+        pid_t tracker = desktop_.start(VARDEL_TRACKER_PATH, {}, environment);
         if (meanwhile) {
             std::this_thread::sleep_for(duration / 2);
             meanwhile();
@@ -231,6 +233,28 @@ TEST_F(LinuxDesktopEndToEndTest, FrozenApplicationDoesNotStallSamples)
         EXPECT_LT(times[index] - times[index - 1], 1.0 + 2.0 + 0.5);
     // The title still comes from X11.
     EXPECT_EQ(activities(trace).back()["details"]["windowTitle"], "Contract Window");
+}
+
+TEST_F(LinuxDesktopEndToEndTest, WithoutAccessibilityBusTitlesComeFromX11)
+{
+    pid_t application = desktop_.start(VARDEL_CONTRACT_APPLICATION_PATH, {});
+    desktop_.waitForActiveWindow(application, "Contract Window");
+    auto missingBus = "unix:path=" + (desktop_.scratchFolder() / "no-accessibility-bus").string();
+    auto trace = track(3s, {}, { { "AT_SPI_BUS_ADDRESS", missingBus } });
+
+    auto recorded = activities(trace);
+    ASSERT_GE(recorded.size(), 2u) << nlohmann::json(trace).dump();
+    EXPECT_EQ(recorded.back()["details"]["windowTitle"], "Contract Window");
+    EXPECT_EQ(recorded.back()["accessibilityWindows"].size(), 0u);
+
+    std::ifstream errors(desktop_.scratchFolder() / "errors.log");
+    std::stringstream text;
+    text << errors.rdbuf();
+    std::string log = text.str();
+    constexpr std::string_view warning = "The accessibility bus (AT-SPI) is not available";
+    auto first = log.find(warning);
+    ASSERT_NE(first, std::string::npos) << log;
+    EXPECT_EQ(log.find(warning, first + 1), std::string::npos) << "warned more than once:\n" << log;
 }
 
 } // namespace
