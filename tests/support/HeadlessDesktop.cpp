@@ -234,37 +234,42 @@ std::string HeadlessDesktop::run(const std::string& program, const std::vector<s
     return text;
 }
 
-void HeadlessDesktop::startDisplay()
+std::string HeadlessDesktop::startReportingOnDescriptor3(
+    const std::string& program, const std::vector<std::string>& arguments)
 {
-    int displayNumber[2];
-    if (::pipe(displayNumber) != 0)
+    int report[2];
+    if (::pipe(report) != 0)
         throw HeadlessDesktopError("cannot create a pipe");
-    // Xvfb picks a free display itself and writes its number to the descriptor.
     posix_spawn_file_actions_t files;
     posix_spawn_file_actions_init(&files);
-    posix_spawn_file_actions_adddup2(&files, displayNumber[1], 3);
+    posix_spawn_file_actions_adddup2(&files, report[1], 3);
     posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
     posix_spawn_file_actions_addopen(&files, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
     posix_spawnattr_setpgroup(&attributes, 0);
-    std::vector<std::string> arguments { "-displayfd", "3", "-screen", "0", "1280x800x24", "-nolisten", "tcp",
-        "+extension", "RANDR" };
-    std::string program = "Xvfb";
     auto argv = argumentVector(program, arguments);
     pid_t pid = 0;
     int error = ::posix_spawnp(&pid, program.c_str(), &files, &attributes, argv.data(), environ);
     posix_spawn_file_actions_destroy(&files);
     posix_spawnattr_destroy(&attributes);
-    ::close(displayNumber[1]);
+    ::close(report[1]);
     if (error != 0) {
-        ::close(displayNumber[0]);
-        throw HeadlessDesktopError(std::string("cannot start Xvfb: ") + std::strerror(error));
+        ::close(report[0]);
+        throw HeadlessDesktopError("cannot start " + program + ": " + std::strerror(error));
     }
     started_.push_back(pid);
-    std::string number = readLine(displayNumber[0], startTimeout);
-    ::close(displayNumber[0]);
+    std::string line = readLine(report[0], startTimeout);
+    ::close(report[0]);
+    return line;
+}
+
+void HeadlessDesktop::startDisplay()
+{
+    // Xvfb picks a free display itself and writes its number to the descriptor.
+    std::string number = startReportingOnDescriptor3(
+        "Xvfb", { "-displayfd", "3", "-screen", "0", "1280x800x24", "-nolisten", "tcp", "+extension", "RANDR" });
     if (number.empty())
         throw HeadlessDesktopError("Xvfb did not report its display");
     display_ = ":" + number;
@@ -273,33 +278,8 @@ void HeadlessDesktop::startDisplay()
 
 void HeadlessDesktop::startSessionBus()
 {
-    int address[2];
-    if (::pipe(address) != 0)
-        throw HeadlessDesktopError("cannot create a pipe");
-    posix_spawn_file_actions_t files;
-    posix_spawn_file_actions_init(&files);
-    posix_spawn_file_actions_adddup2(&files, address[1], 3);
-    posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&files, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-    posix_spawnattr_t attributes;
-    posix_spawnattr_init(&attributes);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
-    posix_spawnattr_setpgroup(&attributes, 0);
-    std::string program = "dbus-daemon";
-    std::vector<std::string> arguments { "--session", "--nofork", "--nosyslog", "--print-address=3" };
-    auto argv = argumentVector(program, arguments);
-    pid_t pid = 0;
-    int error = ::posix_spawnp(&pid, program.c_str(), &files, &attributes, argv.data(), environ);
-    posix_spawn_file_actions_destroy(&files);
-    posix_spawnattr_destroy(&attributes);
-    ::close(address[1]);
-    if (error != 0) {
-        ::close(address[0]);
-        throw HeadlessDesktopError(std::string("cannot start dbus-daemon: ") + std::strerror(error));
-    }
-    started_.push_back(pid);
-    std::string busAddress = readLine(address[0], startTimeout);
-    ::close(address[0]);
+    std::string busAddress
+        = startReportingOnDescriptor3("dbus-daemon", { "--session", "--nofork", "--nosyslog", "--print-address=3" });
     if (busAddress.empty())
         throw HeadlessDesktopError("the session bus did not report its address");
     ::setenv("DBUS_SESSION_BUS_ADDRESS", busAddress.c_str(), 1);

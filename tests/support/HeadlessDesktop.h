@@ -50,6 +50,8 @@ public:
 
 private:
     void tearDown();
+    // Starts a program that reports one line on descriptor 3 once it is ready, and returns the line.
+    std::string startReportingOnDescriptor3(const std::string& program, const std::vector<std::string>& arguments);
     void startDisplay();
     void startSessionBus();
     void startAccessibilityBus();
