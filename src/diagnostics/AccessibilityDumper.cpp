@@ -19,7 +19,6 @@ namespace vardel {
 namespace {
 
 constexpr const char* iconFileKey = "CFBundleIconFile";
-constexpr const char* iconExtension = ".icns";
 
 void printLine(const std::string& text)
 {
@@ -115,7 +114,8 @@ std::optional<std::string> iconFileName(const ApplicationBundle& bundle)
 }
 
 // The name comes from another application's bundle: it must not lead out of the target folder.
-std::string targetFileName(const std::string& bundleIdentifier, const std::string& localizedName)
+std::string targetFileName(
+    const std::string& bundleIdentifier, const std::string& localizedName, const std::string& iconExtension)
 {
     std::string name = bundleIdentifier + " " + localizedName + iconExtension;
     std::replace(name.begin(), name.end(), '/', '_');
@@ -196,15 +196,15 @@ bool AccessibilityDumper::dumpIconForApplicationWithPossibleBundleIdentifier(con
         printLine("Application icon path for '" + bundleIdentifier + "' not found.");
         return true;
     }
-    std::string iconPath = bundle->path + "/Contents/Resources/" + *iconFile;
-    if (!TextHelpers::hasSuffix(iconPath, iconExtension))
-        iconPath += iconExtension;
+    std::string iconPath = bundle->resourcesPath + "/" + *iconFile;
+    if (!TextHelpers::hasSuffix(iconPath, bundle->iconExtension))
+        iconPath += bundle->iconExtension;
     std::error_code error;
     if (!std::filesystem::exists(iconPath, error)) {
         printLine("Application icon for '" + bundleIdentifier + "' not found at '" + iconPath + "'.");
         return true;
     }
-    return copyIcon(iconPath, targetFileName(bundleIdentifier, *bundle->localizedName));
+    return copyIcon(iconPath, targetFileName(bundleIdentifier, *bundle->localizedName, bundle->iconExtension));
 }
 
 } // namespace vardel

@@ -26,6 +26,11 @@ struct ApplicationBundle {
     std::optional<std::string> localizedName;
     // The bundle's information dictionary; empty when it has none.
     Value::Dictionary info;
+    // The folder that holds the bundle's resources, among them the icon file its information names;
+    // empty when the platform knows of none.
+    std::string resourcesPath;
+    // The format of the bundle's icon files, given as the extension an icon name without it gets.
+    std::string iconExtension = ".icns";
 };
 
 class Workspace {

@@ -214,12 +214,16 @@ FileEventStreams& LinuxDesktop::fileEventStreams()
     return state_->fileEventStreams;
 }
 
-// The program has no bundle here: the folder of its executable stands in for it.
+// The program has no bundle here: the folder of its executable stands in for it, without a
+// resources folder of its own.
 CurrentProcess LinuxDesktop::currentProcess()
 {
     std::error_code error;
     std::filesystem::path executable = std::filesystem::read_symlink("/proc/self/exe", error);
-    ApplicationBundle bundle { executable.parent_path().string(), "info.quenby.VardelHelper", "Vardel Tracker", {} };
+    ApplicationBundle bundle;
+    bundle.path = executable.parent_path().string();
+    bundle.bundleIdentifier = "info.quenby.VardelHelper";
+    bundle.localizedName = "Vardel Tracker";
     return { static_cast<ProcessIdentifier>(::getpid()), executable.string(), std::move(bundle) };
 }
 

@@ -1,6 +1,7 @@
 #include "platform/linux/X11Workspace.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <unistd.h>
 
 namespace vardel::linux_desktop {
@@ -41,8 +42,13 @@ ApplicationBundle X11Workspace::bundleOf(const DesktopEntry& entry) const
     if (!entry.name.empty())
         bundle.localizedName = entry.name;
     bundle.info = { { "CFBundleIdentifier", *bundle.bundleIdentifier }, { "CFBundleName", entry.name } };
-    if (auto icon = DesktopEntries::iconFile(entry))
-        bundle.info.emplace("CFBundleIconFile", *icon);
+    // The icon is a file of the theme folder the lookup found it in, in whatever format it has there.
+    if (auto icon = DesktopEntries::iconFile(entry)) {
+        std::filesystem::path file(*icon);
+        bundle.info.emplace("CFBundleIconFile", file.filename().string());
+        bundle.resourcesPath = file.parent_path().string();
+        bundle.iconExtension = file.extension().string();
+    }
     if (!entry.executable.empty())
         bundle.info.emplace("CFBundleExecutable", entry.executable);
     return bundle;

@@ -276,7 +276,8 @@ FileEventStreams& ScriptedDesktop::fileEventStreams()
 CurrentProcess ScriptedDesktop::currentProcess()
 {
     const BundleDescription& self = state_->world.self;
-    return { self.pid, self.executablePath, { self.bundlePath, self.bundleIdentifier, std::nullopt, self.info } };
+    return { self.pid, self.executablePath,
+        ScriptedWorkspace::bundleAtPath(self.bundlePath, self.bundleIdentifier, std::nullopt, self.info) };
 }
 
 bool ScriptedDesktop::databaseAvailable() const

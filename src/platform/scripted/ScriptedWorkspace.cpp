@@ -61,8 +61,20 @@ std::optional<ApplicationBundle> ScriptedWorkspace::applicationBundleAtPath(cons
     const ApplicationDescription* opened = applicationAtBundlePath(world_, path);
     if (!opened)
         return std::nullopt;
-    return ApplicationBundle { path, opened->bundleIdentifier, opened->localizedName,
-        opened->info.value_or(Value::Dictionary {}) };
+    return bundleAtPath(
+        path, opened->bundleIdentifier, opened->localizedName, opened->info.value_or(Value::Dictionary {}));
+}
+
+ApplicationBundle ScriptedWorkspace::bundleAtPath(const std::string& path, std::optional<std::string> bundleIdentifier,
+    std::optional<std::string> localizedName, Value::Dictionary info)
+{
+    ApplicationBundle bundle;
+    bundle.path = path;
+    bundle.bundleIdentifier = std::move(bundleIdentifier);
+    bundle.localizedName = std::move(localizedName);
+    bundle.info = std::move(info);
+    bundle.resourcesPath = path + "/Contents/Resources";
+    return bundle;
 }
 
 bool ScriptedWorkspace::openApplication(const std::string& bundlePath)

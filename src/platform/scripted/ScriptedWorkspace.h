@@ -27,6 +27,11 @@ public:
     bool openApplication(const std::string& bundlePath) override;
     bool openURL(const std::string& url) override;
 
+    // Bundles here are folders ending in ".app": resources in Contents/Resources, icons in ".icns"
+    // files.
+    static ApplicationBundle bundleAtPath(const std::string& path, std::optional<std::string> bundleIdentifier,
+        std::optional<std::string> localizedName, Value::Dictionary info);
+
 private:
     const DesktopWorld& world_;
     TraceWriter& trace_;
