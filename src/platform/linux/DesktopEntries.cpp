@@ -162,17 +162,23 @@ std::optional<std::string> DesktopEntries::iconFile(const DesktopEntry& entry)
     std::error_code error;
     if (entry.icon.front() == '/')
         return std::filesystem::exists(entry.icon, error) ? std::optional(entry.icon) : std::nullopt;
+    // A theme icon is named without its extension, though many entries give one all the same.
+    std::string name = entry.icon;
+    for (std::string_view extension : { ".png", ".svg", ".xpm" }) {
+        if (name.size() > extension.size() && name.ends_with(extension))
+            name.resize(name.size() - extension.size());
+    }
     for (const std::string& folder : dataFolders()) {
         for (const char* size : iconSizes) {
             for (const char* extension : { ".png", ".svg" }) {
                 auto candidate
-                    = std::filesystem::path(folder) / "icons" / "hicolor" / size / "apps" / (entry.icon + extension);
+                    = std::filesystem::path(folder) / "icons" / "hicolor" / size / "apps" / (name + extension);
                 if (std::filesystem::exists(candidate, error))
                     return candidate.string();
             }
         }
         for (const char* extension : { ".png", ".svg", ".xpm" }) {
-            auto candidate = std::filesystem::path(folder) / "pixmaps" / (entry.icon + extension);
+            auto candidate = std::filesystem::path(folder) / "pixmaps" / (name + extension);
             if (std::filesystem::exists(candidate, error))
                 return candidate.string();
         }

@@ -100,6 +100,15 @@ TEST(X11WorkspaceIconTest, TheBundleKeepsItsIconInTheThemeFolderThatHoldsIt)
     EXPECT_EQ(tool->resourcesPath, (elsewhere / "art").string());
     EXPECT_EQ(iconFileOf(*tool), "tool.svg");
     EXPECT_EQ(tool->iconExtension, ".svg");
+
+    // A theme name given with its extension still finds the theme's icon.
+    writeFile(themeFolder("64x64") / "named-tool.png", "named");
+    writeFile(elsewhere / "named.desktop",
+        "[Desktop Entry]\nType=Application\nName=Named\nExec=/bin/true\nIcon=named-tool.png\n");
+    auto named = live.platform->workspace().applicationBundleAtPath((elsewhere / "named.desktop").string());
+    ASSERT_TRUE(named);
+    EXPECT_EQ(named->resourcesPath, themeFolder("64x64").string());
+    EXPECT_EQ(iconFileOf(*named), "named-tool.png");
 }
 
 TEST(X11WorkspaceIconTest, TheIconDumpCopiesTheThemeIconUnderItsOwnExtension)
