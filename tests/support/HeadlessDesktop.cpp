@@ -301,19 +301,28 @@ void HeadlessDesktop::startAccessibilityBus()
 
 void HeadlessDesktop::startWindowManager()
 {
-    // openbox now and then never takes over a fresh display; a second one does.
-    constexpr int attempts = 2;
+    // openbox now and then never takes over a fresh display, more often on a busy machine; another
+    // one does.
+    constexpr int attempts = 3;
+    std::string outcomes;
     for (int attempt = 1; attempt <= attempts; ++attempt) {
-        pid_t windowManager = start("openbox", {});
+        pid_t windowManager = start("openbox", { "--sm-disable" });
         bool ready = waitUntil(
             [] { return succeeds("xprop -root _NET_SUPPORTING_WM_CHECK | grep -q 'window id'"); }, startTimeout / 2);
         if (ready)
             return;
-        stop(windowManager);
+        int status = 0;
+        bool ended = ::waitpid(windowManager, &status, WNOHANG) == windowManager;
+        outcomes += ended ? " exited with status " + std::to_string(WEXITSTATUS(status)) + ";" : " kept running;";
+        if (ended)
+            started_.erase(std::find(started_.begin(), started_.end(), windowManager));
+        else
+            stop(windowManager);
     }
     std::ifstream errors(runtimeFolder_ / "errors.log");
     std::string text((std::istreambuf_iterator<char>(errors)), std::istreambuf_iterator<char>());
-    throw HeadlessDesktopError("openbox did not start: " + text.substr(text.size() > 600 ? text.size() - 600 : 0));
+    throw HeadlessDesktopError("openbox did not take over the display (it" + outcomes
+        + " errors: " + text.substr(text.size() > 600 ? text.size() - 600 : 0) + ")");
 }
 
 std::string HeadlessDesktop::activeWindowId()
