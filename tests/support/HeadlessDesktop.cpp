@@ -68,6 +68,51 @@ std::vector<char*> argumentVector(const std::string& program, const std::vector<
     return argv;
 }
 
+// Starts the program in a process group of its own, with the descriptors `files` arranges; consumes
+// `files`. Throws HeadlessDesktopError when it cannot start.
+pid_t spawnInOwnGroup(const std::string& program, const std::vector<std::string>& arguments,
+    posix_spawn_file_actions_t& files, char* const* environment)
+{
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
+    posix_spawnattr_setpgroup(&attributes, 0);
+    auto argv = argumentVector(program, arguments);
+    pid_t pid = 0;
+    int error = ::posix_spawnp(&pid, program.c_str(), &files, &attributes, argv.data(), environment);
+    posix_spawn_file_actions_destroy(&files);
+    posix_spawnattr_destroy(&attributes);
+    if (error != 0)
+        throw HeadlessDesktopError("cannot start " + program + ": " + std::strerror(error));
+    return pid;
+}
+
+// Starts the program with the write end of a new pipe as descriptor `target`; returns its pid and
+// the read end, which the caller closes.
+std::pair<pid_t, int> spawnWritingToPipe(
+    const std::string& program, const std::vector<std::string>& arguments, int target, bool quietOutput)
+{
+    int ends[2];
+    if (::pipe2(ends, O_CLOEXEC) != 0)
+        throw HeadlessDesktopError("cannot create a pipe");
+    posix_spawn_file_actions_t files;
+    posix_spawn_file_actions_init(&files);
+    posix_spawn_file_actions_adddup2(&files, ends[1], target);
+    if (quietOutput)
+        posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&files, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+    pid_t pid = 0;
+    try {
+        pid = spawnInOwnGroup(program, arguments, files, environ);
+    } catch (...) {
+        ::close(ends[0]);
+        ::close(ends[1]);
+        throw;
+    }
+    ::close(ends[1]);
+    return { pid, ends[0] };
+}
+
 bool succeeds(const std::string& command)
 {
     return std::system((command + " >/dev/null 2>&1").c_str()) == 0;
@@ -141,22 +186,12 @@ pid_t HeadlessDesktop::start(const std::string& program, const std::vector<std::
         envp.push_back(variable.data());
     envp.push_back(nullptr);
 
-    posix_spawnattr_t attributes;
-    posix_spawnattr_init(&attributes);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
-    posix_spawnattr_setpgroup(&attributes, 0);
     posix_spawn_file_actions_t files;
     posix_spawn_file_actions_init(&files);
     posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
     posix_spawn_file_actions_addopen(
         &files, STDERR_FILENO, (runtimeFolder_ / "errors.log").c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
-    auto argv = argumentVector(program, arguments);
-    pid_t pid = 0;
-    int error = ::posix_spawnp(&pid, program.c_str(), &files, &attributes, argv.data(), envp.data());
-    posix_spawn_file_actions_destroy(&files);
-    posix_spawnattr_destroy(&attributes);
-    if (error != 0)
-        throw HeadlessDesktopError("cannot start " + program + ": " + std::strerror(error));
+    pid_t pid = spawnInOwnGroup(program, arguments, files, envp.data());
     started_.push_back(pid);
     return pid;
 }
@@ -183,27 +218,7 @@ void HeadlessDesktop::stop(pid_t pid)
 std::string HeadlessDesktop::run(const std::string& program, const std::vector<std::string>& arguments)
 {
     constexpr auto runTimeout = 90s;
-    int output[2];
-    if (::pipe2(output, O_CLOEXEC) != 0)
-        throw HeadlessDesktopError("cannot create a pipe");
-    posix_spawn_file_actions_t files;
-    posix_spawn_file_actions_init(&files);
-    posix_spawn_file_actions_adddup2(&files, output[1], STDOUT_FILENO);
-    posix_spawn_file_actions_addopen(&files, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-    posix_spawnattr_t attributes;
-    posix_spawnattr_init(&attributes);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
-    posix_spawnattr_setpgroup(&attributes, 0);
-    auto argv = argumentVector(program, arguments);
-    pid_t pid = 0;
-    int error = ::posix_spawnp(&pid, program.c_str(), &files, &attributes, argv.data(), environ);
-    posix_spawn_file_actions_destroy(&files);
-    posix_spawnattr_destroy(&attributes);
-    ::close(output[1]);
-    if (error != 0) {
-        ::close(output[0]);
-        throw HeadlessDesktopError("cannot run " + program + ": " + std::strerror(error));
-    }
+    auto [pid, output] = spawnWritingToPipe(program, arguments, STDOUT_FILENO, false);
     // A program that hangs must not hang the test: it is stopped at the deadline.
     std::string text;
     auto deadline = std::chrono::steady_clock::now() + runTimeout;
@@ -211,18 +226,18 @@ std::string HeadlessDesktop::run(const std::string& program, const std::vector<s
     while (true) {
         auto remaining
             = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-        pollfd waiting { output[0], POLLIN, 0 };
+        pollfd waiting { output, POLLIN, 0 };
         if (remaining.count() <= 0 || ::poll(&waiting, 1, static_cast<int>(remaining.count())) <= 0) {
             timedOut = true;
             break;
         }
         char buffer[4096];
-        ssize_t received = ::read(output[0], buffer, sizeof buffer);
+        ssize_t received = ::read(output, buffer, sizeof buffer);
         if (received <= 0)
             break;
         text.append(buffer, static_cast<size_t>(received));
     }
-    ::close(output[0]);
+    ::close(output);
     if (timedOut)
         ::kill(-pid, SIGKILL);
     int status = 0;
@@ -237,31 +252,10 @@ std::string HeadlessDesktop::run(const std::string& program, const std::vector<s
 std::string HeadlessDesktop::startReportingOnDescriptor3(
     const std::string& program, const std::vector<std::string>& arguments)
 {
-    int report[2];
-    if (::pipe(report) != 0)
-        throw HeadlessDesktopError("cannot create a pipe");
-    posix_spawn_file_actions_t files;
-    posix_spawn_file_actions_init(&files);
-    posix_spawn_file_actions_adddup2(&files, report[1], 3);
-    posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&files, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-    posix_spawnattr_t attributes;
-    posix_spawnattr_init(&attributes);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
-    posix_spawnattr_setpgroup(&attributes, 0);
-    auto argv = argumentVector(program, arguments);
-    pid_t pid = 0;
-    int error = ::posix_spawnp(&pid, program.c_str(), &files, &attributes, argv.data(), environ);
-    posix_spawn_file_actions_destroy(&files);
-    posix_spawnattr_destroy(&attributes);
-    ::close(report[1]);
-    if (error != 0) {
-        ::close(report[0]);
-        throw HeadlessDesktopError("cannot start " + program + ": " + std::strerror(error));
-    }
+    auto [pid, report] = spawnWritingToPipe(program, arguments, 3, true);
     started_.push_back(pid);
-    std::string line = readLine(report[0], startTimeout);
-    ::close(report[0]);
+    std::string line = readLine(report, startTimeout);
+    ::close(report);
     return line;
 }
 
