@@ -3,6 +3,7 @@
 // seconds and the window titles change every other switch. Reports the wall time for the day and
 // the size of the database it leaves.
 
+#include "extractors/BuiltInExtractors.h"
 #include "platform/ProcessWide.h"
 #include "platform/scripted/ScriptedDesktop.h"
 #include "product/DatabaseWrapper.h"
@@ -61,6 +62,7 @@ void replayWorkingDay(benchmark::State& state)
     double spans = 0;
     for (auto _ : state) {
         state.PauseTiming();
+        BuiltInExtractors::install();
         ProcessWideState::resetAll();
         std::filesystem::remove_all(folder);
         auto desktop = scripted::ScriptedDesktop::fromJson(scenario);

@@ -2,6 +2,7 @@
 // page of 5,000 elements. Reports the time per warm sample and the AT-SPI calls it makes.
 
 #include "activity/VDInfoExtractor.h"
+#include "extractors/BuiltInExtractors.h"
 #include "platform/JsonLinesTrace.h"
 #include "platform/ProcessWide.h"
 #include "platform/linux/AtspiAccessibility.h"
@@ -49,6 +50,7 @@ void chromiumSample(benchmark::State& state)
             "http://127.0.0.1:48123/page.html" });
     desktop.waitForActiveWindow(chromium, pageTitle, 30);
 
+    BuiltInExtractors::install();
     ProcessWideState::resetAll();
     JsonLinesTrace trace([] { return 0.0; });
     linux_desktop::MemoryPreferenceStore defaults("defaults", trace);

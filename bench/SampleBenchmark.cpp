@@ -3,6 +3,7 @@
 // must not depend on how large the rest of the page is.
 
 #include "activity/VDInfoExtractor.h"
+#include "extractors/BuiltInExtractors.h"
 #include "platform/ProcessWide.h"
 #include "platform/scripted/ScriptedDesktop.h"
 
@@ -48,6 +49,7 @@ Json browserScenario(int elementCount)
 
 void wholeSample(benchmark::State& state)
 {
+    BuiltInExtractors::install();
     ProcessWideState::resetAll();
     auto desktop = scripted::ScriptedDesktop::fromJson(browserScenario(static_cast<int>(state.range(0))).dump());
     Platform::install(desktop.get());

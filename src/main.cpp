@@ -1,13 +1,9 @@
 // vardel-tracker: the tracker process. With VARDEL_DESKTOP it runs on the scripted desktop that the
 // scenario file describes, in virtual time; otherwise on the X11 desktop of DISPLAY.
 
+#include "extractors/BuiltInExtractors.h"
 #include "platform/JsonLinesTrace.h"
 #include "platform/Platform.h"
-#include "platform/linux/JsonFilePreferenceStore.h"
-#include "platform/linux/LinuxDesktop.h"
-#include "platform/linux/MemoryPreferenceStore.h"
-#include "platform/linux/PollRunLoop.h"
-#include "platform/linux/StandardErrorLog.h"
 #include "platform/scripted/ScriptedDesktop.h"
 #include "product/AnalyticsWrapper.h"
 #include "product/DataFolder.h"
@@ -15,6 +11,14 @@
 #include "product/InfoLogger.h"
 #include "product/SupportRequests.h"
 #include "shell/VDHelperAppDelegate.h"
+
+#if VARDEL_WITH_LINUX_DESKTOP
+#include "platform/linux/JsonFilePreferenceStore.h"
+#include "platform/linux/LinuxDesktop.h"
+#include "platform/linux/MemoryPreferenceStore.h"
+#include "platform/linux/PollRunLoop.h"
+#include "platform/linux/StandardErrorLog.h"
+#endif
 
 #include <chrono>
 #include <csignal>
@@ -62,6 +66,7 @@ void configureProductStores(bool databaseAvailable)
 
 int runTracker(vardel::Platform& platform, const std::vector<std::string>& arguments)
 {
+    vardel::BuiltInExtractors::install();
     vardel::InfoLogger infoLogger;
     vardel::VDHelperAppDelegate delegate(infoLogger);
     delegate.awakeFromNib(arguments);
@@ -104,6 +109,7 @@ int runOnScriptedDesktop(const char* scenario, const std::vector<std::string>& a
     return status;
 }
 
+#if VARDEL_WITH_LINUX_DESKTOP
 // SIGTERM and SIGINT stop the run loop, so that the tracker ends as after any other stop. Blocked
 // before any thread starts, so that every thread inherits the mask and only the descriptor sees them.
 int blockTerminationSignals()
@@ -178,6 +184,7 @@ int runOnLinuxDesktop(const std::vector<std::string>& arguments)
     finish(*desktop, status, desktop->stopReason());
     return status;
 }
+#endif
 
 } // namespace
 
@@ -186,9 +193,14 @@ int main(int argc, char** argv)
     std::vector<std::string> arguments(argv, argv + argc);
     if (const char* scenario = environment("VARDEL_DESKTOP"))
         return runOnScriptedDesktop(scenario, arguments);
+#if VARDEL_WITH_LINUX_DESKTOP
     if (environment("DISPLAY"))
         return runOnLinuxDesktop(arguments);
     std::cerr << "vardel-tracker: there is no desktop to track: DISPLAY names no X display; set it, or set "
                  "VARDEL_DESKTOP to a scenario file to run on the scripted desktop\n";
+#else
+    std::cerr << "vardel-tracker: this build has no Linux desktop backend; set VARDEL_DESKTOP to a scenario file "
+                 "to run on the scripted desktop\n";
+#endif
     return usageErrorStatus;
 }

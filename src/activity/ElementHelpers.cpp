@@ -1,6 +1,7 @@
 #include "activity/ElementHelpers.h"
 
 #include "activity/AccessibilityNames.h"
+#include "activity/ElementTreeWalker.h"
 #include "activity/UIElementUtilities.h"
 #include "platform/Platform.h"
 #include "product/TextHelpers.h"
@@ -16,25 +17,9 @@ namespace {
 // Parent walks give up after this many elements, the starting one included.
 constexpr int maxParentChainLength = 100;
 
-// The depth bound alone lets a tree whose children refer back to their ancestors grow a search
-// exponentially; past this many elements it gives up.
+// The depth bound alone lets a tree whose children are shared or refer back to their ancestors grow a
+// search exponentially; past this many elements it gives up.
 constexpr int maxDescendantVisits = 10000;
-
-std::optional<AXUIElement> firstDescendantWithinBudget(
-    const AXUIElement& element, const ElementTest& test, int depth, int& remainingVisits)
-{
-    if (depth < 1 || remainingVisits-- <= 0)
-        return std::nullopt;
-    if (test(element))
-        return element;
-    for (const AXUIElement& child : children(element)) {
-        if (auto found = firstDescendantWithinBudget(child, test, depth - 1, remainingVisits))
-            return found;
-        if (remainingVisits <= 0)
-            break;
-    }
-    return std::nullopt;
-}
 
 bool hasRole(const AXUIElement& element, std::string_view role)
 {
@@ -273,8 +258,16 @@ std::optional<AXUIElement> enclosingWebArea(const AXUIElement& element)
 
 std::optional<AXUIElement> firstDescendant(const AXUIElement& element, const ElementTest& test, int depth)
 {
-    int remainingVisits = maxDescendantVisits;
-    return firstDescendantWithinBudget(element, test, depth, remainingVisits);
+    if (depth < 1)
+        return std::nullopt;
+    std::optional<AXUIElement> found;
+    ElementTreeWalker(maxDescendantVisits).walk(element, depth - 1, [&](const AXUIElement& candidate, int) {
+        if (!test(candidate))
+            return TreeWalkDecision::continueWalk;
+        found = candidate;
+        return TreeWalkDecision::stop;
+    });
+    return found;
 }
 
 std::optional<AXUIElement> descendFirstChildren(const AXUIElement& element, const ElementTest& test, int depth)

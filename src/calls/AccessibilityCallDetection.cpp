@@ -9,6 +9,7 @@
 
 #include "activity/AccessibilityNames.h"
 #include "activity/ElementHelpers.h"
+#include "activity/ElementTreeWalker.h"
 #include "activity/EnhancedAccessibility.h"
 #include "activity/UIElementUtilities.h"
 #include "platform/Platform.h"
@@ -253,17 +254,19 @@ std::optional<std::string> faceTimeCallTitleInScrollArea(const AXUIElement& scro
     return texts.front();
 }
 
-std::optional<std::string> faceTimeCallTitleBelow(const AXUIElement& element, int depth, int& remainingVisits)
+// The first scroll area showing a call ends the walk; the others are not entered.
+std::optional<std::string> faceTimeCallTitleBelow(const AXUIElement& root, int depth)
 {
-    if (depth < 1 || remainingVisits-- <= 0)
-        return std::nullopt;
-    if (hasRole(element, AX::scrollAreaRole))
-        return faceTimeCallTitleInScrollArea(element);
-    for (const AXUIElement& child : ElementHelpers::children(element)) {
-        if (auto title = faceTimeCallTitleBelow(child, depth - 1, remainingVisits))
-            return title;
-    }
-    return std::nullopt;
+    std::optional<std::string> title;
+    if (depth < 1)
+        return title;
+    ElementTreeWalker(maxNotificationCenterVisits).walk(root, depth - 1, [&](const AXUIElement& element, int) {
+        if (!hasRole(element, AX::scrollAreaRole))
+            return TreeWalkDecision::continueWalk;
+        title = faceTimeCallTitleInScrollArea(element);
+        return title ? TreeWalkDecision::stop : TreeWalkDecision::skipChildren;
+    });
+    return title;
 }
 
 bool isBrowserProcess(std::string_view bundleIdentifier)
@@ -355,8 +358,7 @@ std::optional<std::string> AccessibilityCallDetection::notificationCenterCallTit
     auto application = platform().accessibility().createApplication(notificationCenter.processIdentifier);
     if (!application)
         return std::nullopt;
-    int remainingVisits = maxNotificationCenterVisits;
-    return faceTimeCallTitleBelow(*application, UIElementUtilities::maxRecursionLevel(), remainingVisits);
+    return faceTimeCallTitleBelow(*application, UIElementUtilities::maxRecursionLevel());
 }
 
 std::optional<ApplicationAndMetadata> AccessibilityCallDetection::browserCall(

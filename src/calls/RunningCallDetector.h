@@ -4,7 +4,7 @@
 #include "calls/CallProperties.h"
 #include "calls/ExcludedApplications.h"
 #include "calls/PowerManagementAssertions.h"
-#include "platform/InfoLoggerCallDetector.h"
+#include "product/InfoLoggerCallDetector.h"
 
 #include <map>
 #include <optional>

@@ -2,6 +2,7 @@
 
 #include "activity/AccessibilityNames.h"
 #include "activity/ElementHelpers.h"
+#include "activity/ElementTreeWalker.h"
 #include "activity/EnhancedAccessibility.h"
 #include "activity/UIElementUtilities.h"
 #include "diagnostics/AccessibilitySearch.h"
@@ -19,6 +20,11 @@ namespace vardel {
 namespace {
 
 constexpr const char* iconFileKey = "CFBundleIconFile";
+// Within the level bound, a tree whose children are shared by many parents still grows
+// exponentially. Each window or web area reads at most this many elements for its tree text, and
+// with a query as many for the search and again for the trees below its matches: many times the
+// largest real windows, and a few seconds of output.
+constexpr int maxDumpedElements = 500000;
 
 void printLine(const std::string& text)
 {
@@ -48,20 +54,26 @@ std::optional<AXUIElement> elementAttribute(std::string_view attribute, const st
 void dumpTree(const AXUIElement& root, const std::string& label)
 {
     printLine("\n\n" + label + ":");
-    printLine(AccessibilityTreeFormatter::treeText(root, UIElementUtilities::maxRecursionLevel()));
+    ElementTreeWalker walker(maxDumpedElements);
+    printLine(AccessibilityTreeFormatter::treeText(root, UIElementUtilities::maxRecursionLevel(), walker));
 }
 
+// A search cut short says so after the matches it found, even when it found none.
 void searchTree(const AXUIElement& root, const std::string& label, const std::string& query)
 {
     int levels = UIElementUtilities::maxRecursionLevel();
-    std::vector<ElementPath> matches = AccessibilitySearch::matches(root, query, levels);
-    if (matches.empty())
+    ElementTreeWalker searchWalker(maxDumpedElements);
+    std::vector<ElementPath> matches = AccessibilitySearch::matches(root, query, levels, searchWalker);
+    if (matches.empty() && !searchWalker.cutShort())
         return;
     printLine("\n\n" + label + " - Found " + std::to_string(matches.size()) + " matches:");
+    ElementTreeWalker matchesWalker(maxDumpedElements);
     for (size_t index = 0; index < matches.size(); ++index) {
         printLine("\nMatch #" + std::to_string(index + 1) + ":");
-        printLine(AccessibilityTreeFormatter::matchText(matches[index], levels));
+        printLine(AccessibilityTreeFormatter::matchText(matches[index], levels, matchesWalker));
     }
+    if (searchWalker.cutShort())
+        printLine("\n" + AccessibilityTreeFormatter::cutShortLine(searchWalker));
 }
 
 // The whole tree, or with a query its matches, of a window and then of each of its web areas,

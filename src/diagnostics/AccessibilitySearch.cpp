@@ -1,40 +1,12 @@
 #include "diagnostics/AccessibilitySearch.h"
 
-#include "activity/ElementHelpers.h"
 #include "diagnostics/AccessibilityTreeFormatter.h"
+#include "diagnostics/ElementPathFollower.h"
 #include "product/TextHelpers.h"
 
 #include <algorithm>
 
 namespace vardel {
-
-namespace {
-
-bool isOnPath(const ElementPath& path, const AXUIElement& element)
-{
-    return std::any_of(path.begin(), path.end(), [&](const ElementPathStep& step) { return step.element == element; });
-}
-
-void collectMatches(ElementPath& path, std::string_view query, int levels, std::vector<ElementPath>& matches)
-{
-    // A copy, since the path grows below while the element is in use.
-    const AXUIElement element = path.back().element;
-    std::string line = TextHelpers::lowercased(AccessibilityTreeFormatter::searchLine(element));
-    if (TextHelpers::contains(line, query))
-        matches.push_back(path);
-    if (path.size() > static_cast<size_t>(std::max(levels, 0)))
-        return;
-    ElementHelpers::ElementList children = ElementHelpers::children(element);
-    for (size_t index = 0; index < children.size(); ++index) {
-        if (isOnPath(path, children[index]))
-            continue;
-        path.push_back({ children[index], index });
-        collectMatches(path, query, levels, matches);
-        path.pop_back();
-    }
-}
-
-} // namespace
 
 std::string AccessibilitySearch::preparedQuery(std::string_view query)
 {
@@ -47,11 +19,19 @@ std::string AccessibilitySearch::preparedQuery(std::string_view query)
 }
 
 std::vector<ElementPath> AccessibilitySearch::matches(
-    const AXUIElement& root, std::string_view preparedQuery, int levels)
+    const AXUIElement& root, std::string_view preparedQuery, int levels, ElementTreeWalker& walker)
 {
     std::vector<ElementPath> found;
-    ElementPath path { { root, 0 } };
-    collectMatches(path, preparedQuery, levels, found);
+    ElementPathFollower follower;
+    walker.walk(root, std::max(levels, 0), [&](const AXUIElement& element, int depth) {
+        const ElementPath& path = follower.visit(element, depth);
+        if (follower.revisitsAncestor())
+            return TreeWalkDecision::skipChildren;
+        std::string line = TextHelpers::lowercased(AccessibilityTreeFormatter::searchLine(element));
+        if (TextHelpers::contains(line, preparedQuery))
+            found.push_back(path);
+        return TreeWalkDecision::continueWalk;
+    });
     return found;
 }
 

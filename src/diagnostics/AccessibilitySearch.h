@@ -1,5 +1,6 @@
 #pragma once
 
+#include "activity/ElementTreeWalker.h"
 #include "diagnostics/ElementPath.h"
 #include "platform/AXUIElement.h"
 
@@ -16,8 +17,10 @@ public:
     // that entry's whole value; every query is lowercased.
     static std::string preparedQuery(std::string_view query);
     // The paths from the root to the matching elements, in pre-order. The children of an element
-    // whose path is longer than levels are not searched, nor an element that is its own ancestor.
-    static std::vector<ElementPath> matches(const AXUIElement& root, std::string_view preparedQuery, int levels);
+    // whose path is longer than levels are not searched, nor an element that is its own ancestor,
+    // nor anything once the walker's visit bound is reached.
+    static std::vector<ElementPath> matches(
+        const AXUIElement& root, std::string_view preparedQuery, int levels, ElementTreeWalker&);
 };
 
 } // namespace vardel

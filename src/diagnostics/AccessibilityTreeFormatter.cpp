@@ -3,6 +3,7 @@
 #include "activity/AccessibilityNames.h"
 #include "activity/ElementHelpers.h"
 #include "activity/UIElementUtilities.h"
+#include "diagnostics/ElementPathFollower.h"
 #include "product/TextHelpers.h"
 
 #include <algorithm>
@@ -140,23 +141,32 @@ std::string joined(const Entries& entries)
     return line;
 }
 
-// The lines below an element whose tree text is built with that many levels. A child beyond the
-// bound, or one that is its own ancestor (a cycle), shows as its prefix alone.
-void appendChildren(std::string& text, const AXUIElement& element, int levels, const std::string& prefix,
-    ElementHelpers::ElementList& ancestors)
+// The lines below the root of a tree text built with that many levels, each prefixed with its
+// parent's prefix and its own index. A child beyond the bound, or one that is its own ancestor (a
+// cycle), shows as its prefix alone. The ancestors given are those of the root, when it is not the
+// top of the tree.
+void appendChildren(std::string& text, const AXUIElement& root, int levels, const std::string& rootPrefix,
+    const ElementPath& rootAncestors, ElementTreeWalker& walker)
 {
-    ElementHelpers::ElementList children = ElementHelpers::children(element);
-    ancestors.push_back(element);
-    for (size_t index = 0; index < children.size(); ++index) {
-        std::string childPrefix = prefix + "|\t(" + std::to_string(index) + ") ";
-        text += '\n';
-        text += childPrefix;
-        if (levels > 0 && !ElementHelpers::elementListContains(ancestors, children[index])) {
-            text += AccessibilityTreeFormatter::elementLine(children[index]);
-            appendChildren(text, children[index], levels - 1, childPrefix, ancestors);
+    ElementPathFollower follower;
+    std::vector<std::string> prefixes;
+    walker.walk(root, levels + 1, [&](const AXUIElement& element, int depth) {
+        const ElementPath& path = follower.visit(element, depth);
+        prefixes.resize(static_cast<size_t>(depth));
+        if (depth == 0) {
+            prefixes.push_back(rootPrefix);
+            return TreeWalkDecision::continueWalk;
         }
-    }
-    ancestors.pop_back();
+        prefixes.push_back(prefixes.back() + "|\t(" + std::to_string(path.back().childIndex) + ") ");
+        text += '\n';
+        text += prefixes.back();
+        if (depth > levels || follower.revisitsAncestor(rootAncestors))
+            return TreeWalkDecision::skipChildren;
+        text += AccessibilityTreeFormatter::elementLine(element);
+        return TreeWalkDecision::continueWalk;
+    });
+    if (walker.cutShort())
+        text += '\n' + AccessibilityTreeFormatter::cutShortLine(walker);
 }
 
 } // namespace
@@ -173,36 +183,37 @@ std::string AccessibilityTreeFormatter::searchLine(const AXUIElement& element)
     return joined(entries);
 }
 
-std::string AccessibilityTreeFormatter::treeText(const AXUIElement& element, int levels)
+std::string AccessibilityTreeFormatter::treeText(const AXUIElement& element, int levels, ElementTreeWalker& walker)
 {
     if (levels < 0)
         return {};
     std::string text = elementLine(element);
-    ElementHelpers::ElementList ancestors;
-    appendChildren(text, element, levels, "", ancestors);
+    appendChildren(text, element, levels, "", {}, walker);
     return text;
 }
 
-std::string AccessibilityTreeFormatter::matchText(const ElementPath& path, int levels)
+std::string AccessibilityTreeFormatter::matchText(const ElementPath& path, int levels, ElementTreeWalker& walker)
 {
     std::string text;
     std::string indent;
-    ElementHelpers::ElementList ancestors;
     for (const ElementPathStep& step : path) {
-        if (!ancestors.empty()) {
+        if (!text.empty()) {
             text += '\n';
             indent += "|\t";
         }
         text += indent + "(" + std::to_string(step.childIndex) + ") " + searchLine(step.element);
-        ancestors.push_back(step.element);
     }
     if (path.empty())
         return text;
     text += " <--- matched element";
-    ancestors.pop_back();
     if (levels >= 0)
-        appendChildren(text, path.back().element, levels, indent, ancestors);
+        appendChildren(text, path.back().element, levels, indent, ElementPath(path.begin(), path.end() - 1), walker);
     return text;
+}
+
+std::string AccessibilityTreeFormatter::cutShortLine(const ElementTreeWalker& walker)
+{
+    return "[cut short: the dump reads no more than " + std::to_string(walker.visits()) + " elements]";
 }
 
 } // namespace vardel

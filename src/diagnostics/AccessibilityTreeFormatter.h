@@ -1,5 +1,6 @@
 #pragma once
 
+#include "activity/ElementTreeWalker.h"
 #include "diagnostics/ElementPath.h"
 #include "platform/AXUIElement.h"
 
@@ -17,11 +18,14 @@ public:
     // The element line followed by every further attribute that has text.
     static std::string searchLine(const AXUIElement&);
     // The element line and its children's tree texts, levels deep: the children of the last level
-    // show as their bare prefixes. Empty when levels is negative.
-    static std::string treeText(const AXUIElement&, int levels);
+    // show as their bare prefixes. Empty when levels is negative. When the walker's visit bound cuts
+    // the walk short, the text ends with the cut-short line.
+    static std::string treeText(const AXUIElement&, int levels, ElementTreeWalker&);
     // The path from its start to the matched element, one search line per step, the last one
     // marked; then the matched element's children, as its tree text shows them, below it.
-    static std::string matchText(const ElementPath&, int levels);
+    static std::string matchText(const ElementPath&, int levels, ElementTreeWalker&);
+    // Says that the walker's visit bound ended the walk.
+    static std::string cutShortLine(const ElementTreeWalker&);
 };
 
 } // namespace vardel

@@ -9,6 +9,7 @@
 
 #include "activity/AccessibilityNames.h"
 #include "activity/ElementHelpers.h"
+#include "activity/ElementTreeWalker.h"
 #include "activity/EnhancedAccessibility.h"
 #include "activity/UIElementUtilities.h"
 #include "product/TextHelpers.h"
@@ -59,26 +60,19 @@ std::optional<AXUIElement> messageHeader(const AXUIElement& webArea)
 }
 
 // Depth-first and pre-order, never entering the skipped element.
-std::optional<AXUIElement> searchBelow(const AXUIElement& element, const ElementTest& test,
-    const std::optional<AXUIElement>& skipped, int depth, int& examinable)
-{
-    if (depth < 1 || examinable < 1 || (skipped && element == *skipped))
-        return std::nullopt;
-    --examinable;
-    if (test(element))
-        return element;
-    for (const AXUIElement& child : ElementHelpers::children(element)) {
-        if (auto found = searchBelow(child, test, skipped, depth - 1, examinable))
-            return found;
-    }
-    return std::nullopt;
-}
-
 std::optional<AXUIElement> searchHeader(
     const AXUIElement& root, const ElementTest& test, const std::optional<AXUIElement>& skipped = std::nullopt)
 {
-    int examinable = maxExaminedElements;
-    return searchBelow(root, test, skipped, maxHeaderDepth, examinable);
+    std::optional<AXUIElement> found;
+    ElementTreeWalker(maxExaminedElements).walk(root, maxHeaderDepth - 1, [&](const AXUIElement& element, int) {
+        if (skipped && element == *skipped)
+            return TreeWalkDecision::skipChildren;
+        if (!test(element))
+            return TreeWalkDecision::continueWalk;
+        found = element;
+        return TreeWalkDecision::stop;
+    });
+    return found;
 }
 
 bool isAvatar(const AXUIElement& element)

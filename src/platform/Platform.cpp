@@ -6,7 +6,9 @@ namespace vardel {
 
 namespace {
 Platform* installedPlatform = nullptr;
-}
+uint64_t installationCount = 0;
+uint64_t currentInstallation = 0;
+} // namespace
 
 Platform& Platform::current()
 {
@@ -17,6 +19,12 @@ Platform& Platform::current()
 void Platform::install(Platform* platform)
 {
     installedPlatform = platform;
+    currentInstallation = platform ? ++installationCount : 0;
+}
+
+uint64_t Platform::installation()
+{
+    return currentInstallation;
 }
 
 } // namespace vardel

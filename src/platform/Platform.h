@@ -22,6 +22,7 @@
 #include "platform/WindowServer.h"
 #include "platform/Workspace.h"
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -62,6 +63,9 @@ public:
     static Platform& current();
     // Installs the platform (not owned); nullptr uninstalls.
     static void install(Platform*);
+    // A number new with every install, 0 while none is installed: an object that outlives the
+    // platform it used compares it with the number it saw, so as never to call a platform that is gone.
+    static uint64_t installation();
 };
 
 inline Platform& platform()

@@ -9,10 +9,10 @@
 
 namespace vardel::ValueJson {
 
-// The JSON encoding shared by scenarios and traces: text, numbers and booleans as themselves,
-// lists as arrays, dictionaries as objects, and {"point": [x, y]}, {"size": [w, h]},
+// The JSON encoding shared by scenarios, traces and preference files: text, numbers and booleans as
+// themselves, lists as arrays, dictionaries as objects, and {"point": [x, y]}, {"size": [w, h]},
 // {"rect": [x, y, w, h]}, {"range": [pos, len]}, {"url": "…"}, {"date": "ISO 8601"} and
-// {"ref": "element id"} for the rest.
+// {"ref": "element id"} for the rest. ValueDecoder reads it back.
 nlohmann::ordered_json encode(const Value&);
 nlohmann::ordered_json encode(const std::optional<Value>&);
 // The same, with dates written by formatDate (for stores that must read dates back exactly).

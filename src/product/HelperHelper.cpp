@@ -2,9 +2,7 @@
 
 #include "platform/Platform.h"
 #include "product/AnalyticsWrapper.h"
-
-#include <cmath>
-#include <ctime>
+#include "product/LocalCalendar.h"
 
 namespace vardel {
 
@@ -34,15 +32,8 @@ bool HelperHelper::taskButtonsEnabled()
 
 double HelperHelper::secondsUntilTomorrow()
 {
-    double now = platform().clock().now().secondsSince1970;
-    std::time_t wholeSeconds = static_cast<std::time_t>(std::floor(now));
-    std::tm local {};
-    localtime_r(&wholeSeconds, &local);
-    local.tm_mday += 1;
-    local.tm_hour = local.tm_min = local.tm_sec = 0;
-    // Let the library decide whether summer time applies at midnight.
-    local.tm_isdst = -1;
-    return static_cast<double>(std::mktime(&local)) - now;
+    Date now = platform().clock().now();
+    return LocalCalendar::startOfNextDay(now).secondsSince1970 - now.secondsSince1970;
 }
 
 void HelperHelper::logEventWithName(std::string name, Value::Dictionary attributes, bool critical)

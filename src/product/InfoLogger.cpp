@@ -60,7 +60,7 @@ ordered_json InfoLogger::encode(const VDActivity& activity)
 void InfoLogger::startSampling()
 {
     nextSampleDue_ = now();
-    platform().runLoop().schedule(0, [this] {
+    nextSample_ = ScheduledTimer(0, [this] {
         sample();
         scheduleNextSample();
     });
@@ -74,7 +74,7 @@ void InfoLogger::scheduleNextSample()
     nextSampleDue_ += sampleIntervalSeconds;
     while (nextSampleDue_ < current)
         nextSampleDue_ += sampleIntervalSeconds;
-    platform().runLoop().schedule(nextSampleDue_ - current, [this] {
+    nextSample_ = ScheduledTimer(nextSampleDue_ - current, [this] {
         sample();
         scheduleNextSample();
     });

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "platform/InfoLoggerCallDetector.h"
-#include "platform/InfoLoggerExtractor.h"
-#include "platform/InfoLoggerPresenter.h"
-#include "platform/RunLoop.h"
+#include "platform/ScheduledTimer.h"
+#include "product/InfoLoggerCallDetector.h"
+#include "product/InfoLoggerExtractor.h"
+#include "product/InfoLoggerPresenter.h"
 
 #include <nlohmann/json.hpp>
 
@@ -58,6 +58,7 @@ private:
     bool hasRecorded_ = false;
     bool shouldTrack_ = false;
     double nextSampleDue_ = 0;
+    ScheduledTimer nextSample_;
 };
 
 } // namespace vardel

@@ -53,9 +53,9 @@ Date startOfDay(Date date)
     return midnightOf(parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday);
 }
 
-Date startOfNextDay(Date dayStart)
+Date startOfNextDay(Date date)
 {
-    std::tm parts = localParts(dayStart);
+    std::tm parts = localParts(date);
     // mktime carries the 32nd of a month over into the next one.
     return midnightOf(parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday + 1);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/RunLoop.h"
+#include "platform/ScheduledTimer.h"
 #include "platform/Value.h"
 
 #include <functional>
@@ -12,18 +12,15 @@ namespace vardel {
 class MyLilTimer {
 public:
     MyLilTimer(double intervalSeconds, std::function<void()> action);
-    ~MyLilTimer();
-    MyLilTimer(const MyLilTimer&) = delete;
-    MyLilTimer& operator=(const MyLilTimer&) = delete;
 
     Date fireDate() const { return fireDate_; }
-    bool isValid() const { return valid_; }
-    void invalidate();
+    // Neither fired nor invalidated.
+    bool isValid() const { return timer_.isPending(); }
+    void invalidate() { timer_.cancel(); }
 
 private:
     Date fireDate_;
-    RunLoop::TimerId timer_;
-    bool valid_ = true;
+    ScheduledTimer timer_;
 };
 
 } // namespace vardel

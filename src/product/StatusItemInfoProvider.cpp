@@ -4,27 +4,14 @@
 #include "platform/ProcessWide.h"
 #include "product/DatabaseWrapper.h"
 #include "product/DurationFormatter.h"
+#include "product/LocalCalendar.h"
 #include "product/OngoingTaskActivityManager.h"
-
-#include <cmath>
-#include <ctime>
 
 namespace vardel {
 
 namespace {
 
 ProcessWide<StatusItemInfoProvider> sharedProvider([] { return StatusItemInfoProvider(); });
-
-// The start of the local day that holds the time.
-Date startOfDay(Date date)
-{
-    std::time_t wholeSeconds = static_cast<std::time_t>(std::floor(date.secondsSince1970));
-    std::tm local {};
-    localtime_r(&wholeSeconds, &local);
-    local.tm_hour = local.tm_min = local.tm_sec = 0;
-    local.tm_isdst = -1;
-    return Date { static_cast<double>(std::mktime(&local)) };
-}
 
 std::string taskLine()
 {
@@ -50,7 +37,7 @@ std::optional<double> StatusItemInfoProvider::todaysTotalSeconds() const
     if (!database)
         return std::nullopt;
     Date now = platform().clock().now();
-    auto total = database->totalActivitySecondsBetween(startOfDay(now), now);
+    auto total = database->totalActivitySecondsBetween(LocalCalendar::startOfDay(now), now);
     return total.ok() ? std::optional(total.value()) : std::nullopt;
 }
 
@@ -74,11 +61,9 @@ void StatusItemInfoProvider::dispatchStatusUpdateRequest(bool immediately)
         presenter_->updateStatusItemProperties();
         return;
     }
-    if (updatePending_)
+    if (pendingUpdate_.isPending())
         return;
-    updatePending_ = true;
-    platform().runLoop().schedule(0, [this] {
-        updatePending_ = false;
+    pendingUpdate_ = ScheduledTimer(0, [this] {
         if (presenter_)
             presenter_->updateStatusItemProperties();
     });

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/ScheduledTimer.h"
 #include "platform/StatusBar.h"
 #include "platform/Value.h"
 
@@ -38,7 +39,7 @@ private:
 
     StatusItemPresenter* presenter_ = nullptr;
     bool highlighted_ = false;
-    bool updatePending_ = false;
+    ScheduledTimer pendingUpdate_;
 };
 
 } // namespace vardel

@@ -7,10 +7,8 @@ namespace vardel {
 
 void SyncManager::dispatchSyncRequestWithDelay(double seconds)
 {
-    platform().runLoop().schedule(seconds, [this, alive = std::weak_ptr<bool>(alive_)] {
-        if (alive.lock())
-            synchronize();
-    });
+    std::erase_if(pendingRequests_, [](const ScheduledTimer& request) { return !request.isPending(); });
+    pendingRequests_.emplace_back(seconds, [this] { synchronize(); });
 }
 
 void SyncManager::synchronize()

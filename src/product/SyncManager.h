@@ -1,9 +1,12 @@
 #pragma once
 
+#include "platform/ScheduledTimer.h"
+
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace vardel {
 
@@ -32,7 +35,9 @@ private:
 
     std::optional<std::string> statusTitle_;
     StatusTitleHandler statusTitleHandler_;
-    // A request still pending when this manager is replaced must not reach it.
+    // Each request synchronises once; the requests end with this manager.
+    std::vector<ScheduledTimer> pendingRequests_;
+    // An update after a sync that ends when this manager is gone must not reach it.
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
 };
 

@@ -91,7 +91,6 @@ SelfRelauncher::SelfRelauncher(
     : prepareForShutdown_(std::move(prepareForShutdown))
     , prepareForRelaunch_(std::move(prepareForRelaunch))
     , currentAppBuild_(bundleVersion(platform().currentProcess().mainBundle.info))
-    , self_(std::make_shared<SelfRelauncher*>(this))
 {
 }
 
@@ -112,7 +111,7 @@ void SelfRelauncher::relaunchWithDelay(double delay, Value::Dictionary attribute
         platform().log().info("App relaunch suppressed by preferences");
         return;
     }
-    platform().runLoop().schedule(0, [prepare = prepareForShutdown_] { prepare(true); });
+    schedule(0, [this] { prepareForShutdown_(true); });
     logCriticalEvent("VDHelperAppDelegate.relaunchRequested", attributes);
     platform().standardUserDefaults().setObject(lastSelfRelaunchAtKey, Value(platform().clock().now()));
 
@@ -150,11 +149,7 @@ void SelfRelauncher::pathWatcher(SCEvents&, const SCEvent& event)
         platform().log().info("Update relaunch suppressed by preferences");
         return;
     }
-    std::weak_ptr<SelfRelauncher*> weak = self_;
-    platform().runLoop().schedule(checkDelayAfterEventSeconds, [weak, event] {
-        if (auto self = weak.lock())
-            (*self)->handlePathWatcherEvent(event);
-    });
+    schedule(checkDelayAfterEventSeconds, [this, event] { handlePathWatcherEvent(event); });
 }
 
 void SelfRelauncher::handlePathWatcherEvent(const SCEvent& event)
@@ -176,11 +171,14 @@ void SelfRelauncher::handlePathWatcherEvent(const SCEvent& event)
         { "oldAndNewBuildAreEqual", Value(false) } };
     logCriticalEvent("VDHelperAppDelegate.relaunchForUpdate", parameters);
 
-    std::weak_ptr<SelfRelauncher*> weak = self_;
-    platform().runLoop().schedule(0, [weak, parameters = std::move(parameters)] {
-        if (auto self = weak.lock())
-            (*self)->relaunchWithDelay(relaunchDelayAfterUpdateSeconds, parameters);
-    });
+    schedule(0,
+        [this, parameters = std::move(parameters)] { relaunchWithDelay(relaunchDelayAfterUpdateSeconds, parameters); });
+}
+
+void SelfRelauncher::schedule(double delaySeconds, std::function<void()> callback)
+{
+    std::erase_if(timers_, [](const ScheduledTimer& timer) { return !timer.isPending(); });
+    timers_.emplace_back(delaySeconds, std::move(callback));
 }
 
 } // namespace vardel

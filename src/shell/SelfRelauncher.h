@@ -1,14 +1,15 @@
 #pragma once
 
 #include "platform/Accessibility.h"
+#include "platform/ScheduledTimer.h"
 #include "platform/Value.h"
 #include "shell/SCEvents.h"
 
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vardel {
 
@@ -44,12 +45,14 @@ public:
 
 private:
     void sendRelaunchProcessFinished(Value::Dictionary attributes, const std::optional<std::string>& launchError) const;
+    // Runs the callback later on the run loop, unless this object is gone by then.
+    void schedule(double delaySeconds, std::function<void()> callback);
 
     std::function<void(bool)> prepareForShutdown_;
     std::function<void()> prepareForRelaunch_;
     std::optional<std::string> currentAppBuild_;
-    // Delayed checks hold it weakly, so that they do nothing once this object is gone.
-    std::shared_ptr<SelfRelauncher*> self_;
+    // The pending shutdown preparations, checks and relaunches; each event has its own check.
+    std::vector<ScheduledTimer> timers_;
 };
 
 } // namespace vardel

@@ -1,16 +1,22 @@
 #pragma once
 
 #include "calls/CallTimeEntryOffers.h"
-#include "platform/InfoLoggerExtractor.h"
-#include "platform/InfoLoggerPresenter.h"
 #include "platform/ScriptingCommands.h"
 #include "platform/StatusBar.h"
 #include "product/InfoLogger.h"
+#include "product/InfoLoggerExtractor.h"
+#include "product/InfoLoggerPresenter.h"
 #include "product/MASShortcutBinder.h"
-#include "product/MyLilTimer.h"
 #include "product/StatusItemInfoProvider.h"
+#include "shell/DeferredStartupWork.h"
 #include "shell/SelfRelauncher.h"
+#include "shell/StatusItemController.h"
+#include "shell/StatusMenuActions.h"
+#include "shell/TaskActions.h"
+#include "shell/TerminationHandler.h"
+#include "shell/TrackingController.h"
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -19,13 +25,16 @@
 namespace vardel {
 
 // The tracker application: starts up, connects itself to the recording service as its source of
-// activities, runs the status item and its menu, pauses and resumes tracking, and quits.
+// activities, and hands the status item, the menu, tracking, the timer's actions and quitting to
+// its parts, forwarding to them.
 class VDHelperAppDelegate final : public InfoLoggerExtractor,
                                   public InfoLoggerPresenter,
                                   public MenuDelegate,
                                   public StatusItemPresenter {
 public:
     explicit VDHelperAppDelegate(InfoLogger& infoLogger);
+    // Also after the platform was uninstalled: a platform other than the one it started on is not
+    // called.
     ~VDHelperAppDelegate() override;
     VDHelperAppDelegate(const VDHelperAppDelegate&) = delete;
     VDHelperAppDelegate& operator=(const VDHelperAppDelegate&) = delete;
@@ -49,7 +58,7 @@ public:
     void updateStatusItemVisibility();
     bool shouldShowSyncStatusItem() const;
     void effectiveAppearanceChanged();
-    const StatusItemAppearance& statusItem() const { return statusItem_; }
+    const StatusItemAppearance& statusItem() const { return statusItem_.statusItem(); }
 
     // Relaunching; none before start-up.
     SelfRelauncher* relauncher() { return relauncher_.get(); }
@@ -68,7 +77,7 @@ public:
 
     // (Re)binds the start-task shortcut: as stored it starts or stops a timer, with Shift it edits.
     void updateStartTaskShortcut();
-    MASShortcutBinder* editTaskShortcutBinder() { return editTaskShortcutBinder_.get(); }
+    MASShortcutBinder* editTaskShortcutBinder() { return tasks_.editTaskShortcutBinder(); }
 
     // Quitting.
     void askToQuit();
@@ -78,40 +87,23 @@ public:
     void applicationShouldTerminate(const std::string& reason);
 
 private:
-    // Runs the dump mode that the arguments select, if any, and gives its exit status.
-    static std::optional<int> runDumpMode(const std::vector<std::string>& arguments);
-    // True when the crash-recovery start ends the process.
-    bool recoverFromCrash();
-    void askToLaunchAtLogin();
-    void askForAccessibility();
-    void setUpStatusItem();
     void connectRecordingService();
     void startUpdateWatcher();
-    void scheduleDeferredWork();
-    void prepareRecordingForShutdown(bool isRelaunch);
     void prepareDatabase();
     void receiveScriptingCommand(const ScriptingCommandRequest&);
 
-    void startTask();
-    void stopTask();
-    void startMainApplication();
-    void quitNow();
-    void replyToApplicationShouldTerminate();
-    void applicationWillTerminate();
-
-    MenuItem* menuEntry(std::string_view action);
-    std::optional<double> secondsLeftInPause() const;
-
     InfoLogger& infoLogger_;
+    // The platform this delegate started on.
+    uint64_t installation_;
     CallTimeEntryOffers callTimeEntryOffers_;
-    Menu statusMenu_;
-    StatusItemAppearance statusItem_;
-    std::unique_ptr<MyLilTimer> resumeTrackingTimer_;
-    std::optional<Date> lastEffectiveAppearanceChangeDispatched_;
-    std::optional<std::string> terminationReason_;
-    bool terminating_ = false;
-    std::unique_ptr<MASShortcutBinder> editTaskShortcutBinder_;
+    StatusItemController statusItem_;
+    TrackingController tracking_;
+    TaskActions tasks_;
+    TerminationHandler termination_;
+    StatusMenuActions menu_;
     std::unique_ptr<SelfRelauncher> relauncher_;
+    // Declared after the relauncher, which its relaunch calls, so that it goes first.
+    DeferredStartupWork deferredWork_;
 };
 
 } // namespace vardel

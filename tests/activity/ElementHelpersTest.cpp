@@ -1,7 +1,7 @@
 #include "activity/ElementHelpers.h"
 
 #include "activity/UIElementUtilities.h"
-#include "support/ScriptedDesktopTest.h"
+#include "support/RandomElementTrees.h"
 
 namespace vardel {
 namespace {
@@ -148,13 +148,18 @@ TEST_F(ElementHelpersTest, DepthBoundsOfTheTreeSearches)
     EXPECT_FALSE(descendFirstChildren(element("window"), isSend, 10));
 }
 
-TEST_F(ElementHelpersTest, ASearchThroughChildrenThatLoopBackEnds)
+TEST_F(ElementHelpersTest, ASearchThroughSharedChildrenEndsAfterTenThousandElements)
 {
-    Json loop = withId(node("AXGroup", { { "AXChildren", { ref("loop"), ref("loop"), ref("loop") } } }), "loop");
-    loadWindow(withId(node("AXWindow", {}, { loop }), "window"));
-    auto never = [](const AXUIElement&) { return false; };
-    // Three children per level for twenty levels would be billions of visits without the budget.
-    EXPECT_FALSE(firstDescendant(element("window"), never, 20));
+    // Thirty levels of the same two children: a billion paths to walk without the budget.
+    RandomElementTrees trees(20261123);
+    load(trees.sharedChildrenScenario("com.example.Browser", 30, 2));
+    int tested = 0;
+    auto never = [&](const AXUIElement&) {
+        ++tested;
+        return false;
+    };
+    EXPECT_FALSE(firstDescendant(element("e0"), never, 31));
+    EXPECT_EQ(tested, 10000);
 }
 
 TEST_F(ElementHelpersTest, ListSearchesLookOnlyAtTheListInItsOrder)

@@ -26,8 +26,9 @@ protected:
     std::vector<std::vector<size_t>> matchIndices(std::string_view query, int levels)
     {
         std::vector<std::vector<size_t>> indices;
-        for (const ElementPath& path :
-            AccessibilitySearch::matches(element("window"), AccessibilitySearch::preparedQuery(query), levels)) {
+        ElementTreeWalker walker(1000);
+        for (const ElementPath& path : AccessibilitySearch::matches(
+                 element("window"), AccessibilitySearch::preparedQuery(query), levels, walker)) {
             std::vector<size_t>& steps = indices.emplace_back();
             for (const ElementPathStep& step : path)
                 steps.push_back(step.childIndex);

@@ -14,6 +14,12 @@ protected:
         window["id"] = "window";
         load(desktopWith(application(501, "com.example.App", node("AXApplication", {}, { window }))));
     }
+
+    static std::string treeText(const AXUIElement& element, int levels)
+    {
+        ElementTreeWalker walker(1000);
+        return AccessibilityTreeFormatter::treeText(element, levels, walker);
+    }
 };
 
 TEST_F(AccessibilityTreeFormatterTest, TheElementLineHoldsTheChosenEntriesInOrder)
@@ -31,8 +37,7 @@ TEST_F(AccessibilityTreeFormatterTest, TheElementLineHoldsTheChosenEntriesInOrde
         "label='label' value='line one\\nline\\ttwo' url='https://a.example/' identifier='id' domIdentifier='main' "
         "domClassList='a, b' selected='true' path='<array of size 2>'");
     // Missing, empty and mistyped values are left out, and a document only belongs to windows.
-    EXPECT_EQ(AccessibilityTreeFormatter::treeText(element("window"), 1)
-                  .substr(AccessibilityTreeFormatter::elementLine(element("window")).size()),
+    EXPECT_EQ(treeText(element("window"), 1).substr(AccessibilityTreeFormatter::elementLine(element("window")).size()),
         "\n|\t(0) role='AXGroup'");
 }
 
@@ -52,11 +57,11 @@ TEST_F(AccessibilityTreeFormatterTest, AChildThatIsItsOwnAncestorIsNotExpandedAg
     loadWindow(node("AXWindow", {},
         { node("AXGroup", { { "id", "group" }, { "AXChildren", { ref("window"), ref("group"), ref("leaf") } } },
             { node("AXButton", { { "id", "leaf" } }) }) }));
-    EXPECT_EQ(AccessibilityTreeFormatter::treeText(element("window"), 20),
+    EXPECT_EQ(treeText(element("window"), 20),
         "role='AXWindow'\n|\t(0) role='AXGroup'\n|\t(0) |\t(0) \n|\t(0) |\t(1) \n|\t(0) |\t(2) role='AXButton'");
     // The deep cut is in the golden dumps; at the edges, level 0 shows the children as bare prefixes.
-    EXPECT_EQ(AccessibilityTreeFormatter::treeText(element("window"), 0), "role='AXWindow'\n|\t(0) ");
-    EXPECT_EQ(AccessibilityTreeFormatter::treeText(element("window"), -1), "");
+    EXPECT_EQ(treeText(element("window"), 0), "role='AXWindow'\n|\t(0) ");
+    EXPECT_EQ(treeText(element("window"), -1), "");
 }
 
 TEST_F(AccessibilityTreeFormatterTest, AMatchShowsItsPathAndTheTreeBelowIt)
@@ -66,7 +71,8 @@ TEST_F(AccessibilityTreeFormatterTest, AMatchShowsItsPathAndTheTreeBelowIt)
             { node("AXButton", { { "id", "send" }, { "AXTitle", "Send" }, { "AXFoo", "bar" } },
                 { node("AXImage", {}, { node("AXStaticText") }) }) }) }));
     ElementPath path { { element("window"), 0 }, { element("group"), 0 }, { element("send"), 0 } };
-    EXPECT_EQ(AccessibilityTreeFormatter::matchText(path, 1),
+    ElementTreeWalker walker(1000);
+    EXPECT_EQ(AccessibilityTreeFormatter::matchText(path, 1, walker),
         "(0) role='AXWindow' title='Inbox'\n"
         "|\t(0) role='AXGroup'\n"
         "|\t|\t(0) role='AXButton' title='Send' AXFoo='bar' <--- matched element\n"

@@ -60,6 +60,11 @@ TEST(LocalCalendarTest, DaysFollowTheProcessTimeZoneAcrossClockChanges)
     EXPECT_EQ(LocalCalendar::startOfNextDay(*day).secondsSince1970 - day->secondsSince1970, 23 * 3600);
     EXPECT_EQ(LocalCalendar::startOfDay(Date { 1774738800 + 5 * 3600 }), *day);
     EXPECT_EQ(LocalCalendar::formatTime(Date { 1774738800 + 5 * 3600 }), "06:00:00");
+    // 2026-10-25 has 25 hours; either pass through the hour the clocks repeat is on that day.
+    for (double moment : { 1792888200.0, 1792891800.0 }) {
+        EXPECT_EQ(LocalCalendar::startOfDay(Date { moment }).secondsSince1970, 1792879200);
+        EXPECT_EQ(LocalCalendar::startOfNextDay(Date { moment }).secondsSince1970, 1792969200);
+    }
 
     TimeZone utcZone("UTC");
     EXPECT_EQ(LocalCalendar::formatDay(Date { 1774738800 }), "2026-03-28");

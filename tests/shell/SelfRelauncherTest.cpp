@@ -3,14 +3,23 @@
 #include "platform/scripted/RelaunchScript.h"
 #include "shell/SCEvents.h"
 #include "support/ScriptedDesktopTest.h"
+#include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <array>
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <optional>
 #include <spawn.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace vardel::testing {
 namespace {
@@ -54,17 +63,135 @@ std::string shellReadingOfQuotedPath(const std::string& script)
     return printed;
 }
 
-TEST(SelfRelauncherScript, FollowsTheRelaunchFormatWithTheDelayInWholeSeconds)
+pid_t spawn(std::vector<std::string> arguments, const std::string& program)
 {
-    EXPECT_EQ(SelfRelauncher::relaunchScript(5, 4242, "/Applications/VardelHelper.app"),
-        "/bin/sleep 5; /bin/kill -0 4242 >&/dev/null && /bin/kill 4242; (for i in {1..5}; do /bin/sleep 1; "
-        "/bin/kill -0 4242 >&/dev/null || break; done; /bin/kill -0 4242 >&/dev/null && /bin/kill -9 4242 && "
-        "/bin/sleep 5; /usr/bin/open \"/Applications/VardelHelper.app\") &");
-    std::string longer = SelfRelauncher::relaunchScript(60.7, 7, "/A.app");
-    EXPECT_THAT(longer, ::testing::StartsWith("/bin/sleep 60; "));
-    EXPECT_THAT(longer, ::testing::HasSubstr("{1..60}"));
-    EXPECT_THAT(longer, ::testing::HasSubstr("/bin/sleep 60; /usr/bin/open"));
-    EXPECT_THAT(SelfRelauncher::relaunchScript(-3, 7, "/A.app"), ::testing::StartsWith("/bin/sleep 0; "));
+    std::vector<char*> argv;
+    for (std::string& argument : arguments)
+        argv.push_back(argument.data());
+    argv.push_back(nullptr);
+    pid_t child = 0;
+    if (posix_spawn(&child, program.c_str(), nullptr, nullptr, argv.data(), environ) != 0)
+        throw std::runtime_error("cannot start " + program);
+    return child;
+}
+
+// The relaunch script run by a real shell as the tracker's desktop has it: bash started as "sh" (the
+// script relies on brace expansion and on ">&" to a file, which this machine's /bin/sh lacks), with
+// the desktop's "open" replaced by a recorder that writes the path it is given to a file.
+class RelaunchScriptRun {
+public:
+    // The process for the script to end; one that ignores the polite signal must be killed.
+    RelaunchScriptRun(const std::filesystem::path& folder, const std::string& name, bool targetIgnoresTerminate)
+        : recorded_(folder / (name + ".opened"))
+    {
+        std::filesystem::path recorder = folder / name;
+        std::ofstream(recorder) << "#!/bin/sh\nprintf '%s' \"$1\" > '" << recorded_.string() << ".part' && mv '"
+                                << recorded_.string() << ".part' '" << recorded_.string() << "'\n";
+        std::filesystem::permissions(recorder, std::filesystem::perms::owner_all);
+        recorder_ = recorder.string();
+        std::string target = targetIgnoresTerminate ? "trap '' TERM; exec /bin/sleep 30" : "exec /bin/sleep 30";
+        target_ = spawn({ "sh", "-c", target }, "/bin/sh");
+    }
+
+    ~RelaunchScriptRun()
+    {
+        if (target_ > 0) {
+            kill(target_, SIGKILL);
+            waitpid(target_, nullptr, 0);
+        }
+        // The shell itself ends after the first wait; the rest of the script runs in the background.
+        if (shell_ > 0)
+            waitpid(shell_, nullptr, 0);
+    }
+
+    void start(double delay, const std::string& bundlePath)
+    {
+        std::string script = SelfRelauncher::relaunchScript(delay, target_, bundlePath);
+        const std::string open = "/usr/bin/open ";
+        size_t at = script.find(open);
+        ASSERT_NE(at, std::string::npos) << script;
+        script.replace(at, open.size(), recorder_ + " ");
+        started_ = std::chrono::steady_clock::now();
+        shell_ = spawn({ "sh", "-c", script }, "/bin/bash");
+    }
+
+    // Reaps the target as soon as it ends, so that the script sees it gone: the signal that ended
+    // it, and when.
+    std::pair<int, double> targetEnd()
+    {
+        int status = 0;
+        while (waitpid(target_, &status, WNOHANG) == 0 && secondsSinceStart() < timeoutSeconds)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        double ended = secondsSinceStart();
+        if (ended >= timeoutSeconds)
+            return { 0, ended };
+        target_ = 0;
+        return { WIFSIGNALED(status) ? WTERMSIG(status) : 0, ended };
+    }
+
+    // What the script opened, and when.
+    std::pair<std::optional<std::string>, double> opened() const
+    {
+        while (!std::filesystem::exists(recorded_) && secondsSinceStart() < timeoutSeconds)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        double openedAt = secondsSinceStart();
+        if (!std::filesystem::exists(recorded_))
+            return { std::nullopt, openedAt };
+        std::ifstream file(recorded_, std::ios::binary);
+        return { std::string(std::istreambuf_iterator<char>(file), {}), openedAt };
+    }
+
+private:
+    static constexpr double timeoutSeconds = 20;
+
+    double secondsSinceStart() const
+    {
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - started_).count();
+    }
+
+    std::filesystem::path recorded_;
+    std::string recorder_;
+    pid_t target_ = 0;
+    pid_t shell_ = 0;
+    std::chrono::steady_clock::time_point started_;
+};
+
+// Real time is what is tested: the script waits its delay, signals, waits one-second rounds (as many
+// as the delay has seconds) for the process to go, kills it if it stayed and waits the delay again,
+// then opens the bundle. Both runs go at once to keep the test short.
+TEST(SelfRelauncherScript, EndsTheProcessPolitelyOrByForceAndOpensTheBundleAsGiven)
+{
+    TemporaryFolder folder;
+    std::string hostile = "/Applications/Vardel Helper \"quoted\" 'single' $HOME ${PATH} $(id) `id` back\\slash\\";
+    RelaunchScriptRun polite(folder.path(), "polite", false);
+    RelaunchScriptRun stubborn(folder.path(), "stubborn", true);
+    polite.start(1, hostile);
+    stubborn.start(1, "/tmp/new\nline $$.app");
+
+    auto [politeSignal, politeEnd] = polite.targetEnd();
+    EXPECT_EQ(politeSignal, SIGTERM);
+    EXPECT_GE(politeEnd, 1);
+    auto [politePath, politeOpened] = polite.opened();
+    EXPECT_EQ(politePath, hostile);
+    EXPECT_GE(politeOpened, 2);
+
+    auto [stubbornSignal, stubbornEnd] = stubborn.targetEnd();
+    EXPECT_EQ(stubbornSignal, SIGKILL);
+    EXPECT_GE(stubbornEnd, 2);
+    auto [stubbornPath, stubbornOpened] = stubborn.opened();
+    EXPECT_EQ(stubbornPath, "/tmp/new\nline $$.app");
+    EXPECT_GE(stubbornOpened, 3);
+}
+
+// Whole seconds, never negative, in each of the script's three waits.
+TEST(SelfRelauncherScript, WaitsTheDelayInWholeSeconds)
+{
+    for (auto [delay, seconds] : { std::pair(60.7, 60), std::pair(5.0, 5), std::pair(-3.0, 0) }) {
+        auto recognized = scripted::RelaunchScript::recognize(
+            "/bin/sh", { "-c", SelfRelauncher::relaunchScript(delay, 7, "/A.app") }, 7);
+        ASSERT_TRUE(recognized) << delay;
+        EXPECT_EQ(recognized->delaySeconds, seconds);
+    }
 }
 
 TEST(SelfRelauncherScript, QuotesAnyBundlePathSoThatTheShellTakesItLiterally)

@@ -1,6 +1,7 @@
 #include "shell/VDHelperAppDelegate.h"
 
 #include "product/DatabaseWrapper.h"
+#include "shell/RandomFraction.h"
 #include "support/ScriptedDesktopTest.h"
 #include "support/TemporaryFolder.h"
 
@@ -229,6 +230,15 @@ TEST_F(VDHelperAppDelegateTest, ScriptingCommandsPauseAndResume)
     EXPECT_FALSE(paused.at(105));
 }
 
+TEST_F(VDHelperAppDelegateTest, APauseBetweenTwoSamplesHoldsForTheNextOne)
+{
+    start({ { "timeline", { { { "at", 20.5 }, { "script", { { "command", "pause" } } } } } }, { "end", 25 } });
+    desktop().runUntil(25);
+    auto paused = pausedSamples();
+    EXPECT_FALSE(paused.at(20));
+    EXPECT_TRUE(paused.at(21));
+}
+
 TEST_F(VDHelperAppDelegateTest, TheFirstQuitAsksAndKeepingOnRemembersNotToAskAgain)
 {
     start({ { "alertAnswers", { { { "message", "quit" }, { "button", 1 } } } },
@@ -382,6 +392,57 @@ TEST_F(VDHelperAppDelegateTest, TheFirstSyncFillsTheSyncLineAndTheBackupFollows)
     EXPECT_FALSE(std::filesystem::exists(dataFolder.path() / "backups"));
     desktop().runUntil(271);
     EXPECT_FALSE(std::filesystem::is_empty(dataFolder.path() / "backups"));
+    delegate_.reset();
+    DatabaseWrapper::sharedInstance().configureUnavailable();
+}
+
+TEST_F(VDHelperAppDelegateTest, AnUnknownMenuActionIsReported)
+{
+    start(Json::object());
+    MenuItem misspelt;
+    misspelt.action = "toggleTraking:";
+    delegate_->performAction(misspelt);
+    auto logs = events("log");
+    ASSERT_FALSE(logs.empty());
+    EXPECT_EQ(logs.back()["level"], "warning");
+    EXPECT_NE(logs.back()["message"].get<std::string>().find("toggleTraking:"), std::string::npos);
+}
+
+// As a benchmark does: the platform is uninstalled before the delegate goes, and its desktop lives on.
+TEST_F(VDHelperAppDelegateTest, ADelegateThatOutlivesItsPlatformLeavesNothingBehindToRun)
+{
+    start({ { "defaults", { { "VDHelperAppDelegate_relaunchInterval", 100 } } }, { "end", 400 } });
+    desktop().runUntil(10);
+    delegate_->pauseTrackingForTime(30);
+    Platform::install(nullptr);
+    delegate_.reset();
+
+    Platform::install(&desktop());
+    desktop().runUntil(399);
+    EXPECT_TRUE(events("process").empty());
+    EXPECT_TRUE(events("accessibilityStats").empty());
+    EXPECT_TRUE(pausedSamples().back());
+}
+
+TEST_F(VDHelperAppDelegateTest, TheFirstSyncComesTheSeededFractionOfASecondAfterItsDelay)
+{
+    TemporaryFolder dataFolder;
+    load({ { "defaults", { { "initialSyncDelay", 40 } } }, { "end", 60 } });
+    DatabaseWrapper::sharedInstance().configure(dataFolder.path());
+    RandomFraction::seed(7);
+    double fraction = RandomFraction::next();
+    RandomFraction::seed(7);
+    delegate_ = std::make_unique<VDHelperAppDelegate>(infoLogger_);
+    delegate_->awakeFromNib({ "vardel-tracker" });
+
+    const SyncManager& syncManager = DatabaseWrapper::sharedInstance().syncManager();
+    double time = 39;
+    for (int step = 0; !syncManager.statusTitle() && time < 42; ++step) {
+        time = 39 + step * 0.01;
+        desktop().runUntil(time);
+    }
+    // The sync request itself waits a tenth of a second.
+    EXPECT_NEAR(time, 40.1 + fraction, 0.011);
     delegate_.reset();
     DatabaseWrapper::sharedInstance().configureUnavailable();
 }

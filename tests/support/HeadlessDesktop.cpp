@@ -1,19 +1,20 @@
 #include "support/HeadlessDesktop.h"
 
+#include "support/WaitUntil.h"
+
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <fstream>
-#include <functional>
 #include <iterator>
 #include <poll.h>
 #include <spawn.h>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 
 extern char** environ;
@@ -25,17 +26,6 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto startTimeout = 15s;
-
-bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds timeout)
-{
-    auto deadline = std::chrono::steady_clock::now() + timeout;
-    while (std::chrono::steady_clock::now() < deadline) {
-        if (condition())
-            return true;
-        std::this_thread::sleep_for(50ms);
-    }
-    return condition();
-}
 
 // Reads one line the child writes to the pipe, within the time-out.
 std::string readLine(int descriptor, std::chrono::milliseconds timeout)
@@ -332,7 +322,9 @@ void HeadlessDesktop::waitForActiveWindow(pid_t pid, const std::string& titleCon
             std::string window = activeWindowId();
             std::string owner = run("xdotool", { "getwindowpid", window });
             std::string title = run("xdotool", { "getwindowname", window });
-            return std::stoi(owner) == pid && title.find(titleContains) != std::string::npos;
+            pid_t ownerPid = 0;
+            std::from_chars(owner.data(), owner.data() + owner.size(), ownerPid);
+            return ownerPid == pid && title.find(titleContains) != std::string::npos;
         } catch (const std::exception&) {
             return false;
         }

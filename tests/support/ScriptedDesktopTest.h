@@ -1,5 +1,6 @@
 #pragma once
 
+#include "extractors/BuiltInExtractors.h"
 #include "platform/Platform.h"
 #include "platform/ProcessWide.h"
 #include "platform/scripted/ScriptedDesktop.h"
@@ -14,11 +15,15 @@ namespace vardel::testing {
 
 using Json = nlohmann::ordered_json;
 
-// A test that runs the logic on a scripted desktop built from a compact JSON scenario. Process-wide
-// state starts afresh in every test.
+// A test that runs the logic on a scripted desktop built from a compact JSON scenario, with the
+// extractors the tracker installs. Process-wide state starts afresh in every test.
 class ScriptedDesktopTest : public ::testing::Test {
 protected:
-    void SetUp() override { ProcessWideState::resetAll(); }
+    void SetUp() override
+    {
+        BuiltInExtractors::install();
+        ProcessWideState::resetAll();
+    }
 
     void TearDown() override
     {

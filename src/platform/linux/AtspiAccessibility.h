@@ -1,14 +1,11 @@
 #pragma once
 
 #include "platform/Accessibility.h"
+#include "platform/linux/AtspiCallGuard.h"
 #include "platform/linux/X11WindowFacts.h"
 
-#include <chrono>
 #include <map>
 #include <memory>
-#include <string>
-
-typedef struct _AtspiAccessible AtspiAccessible;
 
 namespace vardel::linux_desktop {
 
@@ -16,14 +13,12 @@ namespace vardel::linux_desktop {
 // (docs/linux-desktop.md lists them and the role table). Windows are the application's frames; what
 // AT-SPI cannot tell about them (full screen, the active one, titles left empty) comes from X11.
 //
-// Every call is bounded by the messaging time-out. An application that lets a call run into it is
-// taken as frozen: for the next few seconds calls to it fail at once, so that a frozen application
-// costs a sample at most one time-out.
+// Every call is bounded by the messaging time-out; AtspiCallGuard keeps a frozen application from
+// costing a sample more than one time-out.
 class AtspiAccessibility final : public Accessibility {
 public:
     // Nothing when there is no accessibility bus. The facts may be nullptr.
     static std::unique_ptr<AtspiAccessibility> connect(X11WindowFacts* windowFacts);
-    ~AtspiAccessibility() override;
 
     bool isProcessTrusted() override { return true; }
     std::optional<AXUIElement> createApplication(ProcessIdentifier) override;
@@ -43,18 +38,15 @@ public:
     AXError setMessagingTimeout(const AXUIElement&, float seconds) override;
 
     // How many calls to applications this object has made, for measuring a sample's cost.
-    uint64_t callCount() const { return callCount_; }
-
-    struct Calls;
+    uint64_t callCount() const { return guard_.callCount(); }
 
 private:
     explicit AtspiAccessibility(X11WindowFacts*);
 
     X11WindowFacts* windowFacts_;
-    std::chrono::milliseconds timeout_;
-    std::map<std::string, std::chrono::steady_clock::time_point> frozenUntil_;
-    std::map<ProcessIdentifier, AtspiAccessible*> applications_;
-    uint64_t callCount_ = 0;
+    AtspiCallGuard guard_;
+    // Application elements by pid, found once among the desktop's children.
+    std::map<ProcessIdentifier, AXUIElement> applications_;
 };
 
 } // namespace vardel::linux_desktop

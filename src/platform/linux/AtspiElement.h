@@ -1,6 +1,9 @@
 #pragma once
 
 #include "platform/AXUIElement.h"
+#include "platform/linux/GLibHandles.h"
+
+#include <string>
 
 typedef struct _AtspiAccessible AtspiAccessible;
 
@@ -10,32 +13,28 @@ namespace vardel::linux_desktop {
 // proxy per object, so two references denote the same element when they hold the same proxy.
 class AtspiElement final : public AXUIElementImpl {
 public:
-    // Takes over the caller's reference.
-    static AXUIElement adopt(AtspiAccessible*);
+    static AXUIElement adopt(GObjectHandle<AtspiAccessible>);
     // The desktop element of the registry, standing for the whole desktop.
     static AXUIElement systemWide();
 
-    ~AtspiElement() override;
-    AtspiElement(const AtspiElement&) = delete;
-    AtspiElement& operator=(const AtspiElement&) = delete;
+    // The proxy behind an element of this backend; nullptr for other elements.
+    static AtspiAccessible* accessibleOf(const AXUIElement&);
+    static bool isSystemWide(const AXUIElement&);
+    // The bus name of the application the proxy belongs to, for telling applications apart.
+    static std::string applicationBusName(AtspiAccessible*);
 
     bool isEqual(const AXUIElementImpl& other) const override;
     // The application's bus name and the object's path.
     std::optional<std::string> traceName() const override;
 
-    AtspiAccessible* accessible() const { return accessible_; }
-    bool isSystemWide() const { return systemWide_; }
-    // The bus name of the application the element belongs to, for telling applications apart.
-    std::string applicationBusName() const;
-
 private:
-    AtspiElement(AtspiAccessible* accessible, bool systemWide)
-        : accessible_(accessible)
+    AtspiElement(GObjectHandle<AtspiAccessible> accessible, bool systemWide)
+        : accessible_(std::move(accessible))
         , systemWide_(systemWide)
     {
     }
 
-    AtspiAccessible* accessible_;
+    GObjectHandle<AtspiAccessible> accessible_;
     bool systemWide_;
 };
 

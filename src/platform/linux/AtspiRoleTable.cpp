@@ -116,4 +116,24 @@ bool isWindowRole(int atspiRole)
         || atspiRole == ATSPI_ROLE_FILE_CHOOSER || atspiRole == ATSPI_ROLE_ALERT;
 }
 
+bool isDocumentRole(int atspiRole)
+{
+    return atspiRole == ATSPI_ROLE_DOCUMENT_FRAME || atspiRole == ATSPI_ROLE_DOCUMENT_TEXT
+        || atspiRole == ATSPI_ROLE_DOCUMENT_SPREADSHEET || atspiRole == ATSPI_ROLE_DOCUMENT_PRESENTATION
+        || atspiRole == ATSPI_ROLE_DOCUMENT_EMAIL;
+}
+
+bool isTextValueRole(int atspiRole)
+{
+    return atspiRole == ATSPI_ROLE_ENTRY || atspiRole == ATSPI_ROLE_TEXT || atspiRole == ATSPI_ROLE_PASSWORD_TEXT
+        || atspiRole == ATSPI_ROLE_STATIC || atspiRole == ATSPI_ROLE_LABEL || atspiRole == ATSPI_ROLE_DOCUMENT_TEXT
+        || atspiRole == ATSPI_ROLE_COMBO_BOX || atspiRole == ATSPI_ROLE_CAPTION;
+}
+
+bool isNumericValueRole(int atspiRole)
+{
+    return atspiRole == ATSPI_ROLE_SLIDER || atspiRole == ATSPI_ROLE_SPIN_BUTTON || atspiRole == ATSPI_ROLE_PROGRESS_BAR
+        || atspiRole == ATSPI_ROLE_SCROLL_BAR || atspiRole == ATSPI_ROLE_LEVEL_BAR;
+}
+
 } // namespace vardel::linux_desktop

@@ -18,5 +18,10 @@ AXRoleNames axRoleNamesFor(int atspiRole);
 std::optional<std::string_view> axSubroleForAriaRole(std::string_view ariaRole);
 // Roles whose elements are windows of their application.
 bool isWindowRole(int atspiRole);
+// Documents other than web documents, which have a file behind them.
+bool isDocumentRole(int atspiRole);
+// Roles whose AXValue is their text (the Text interface) or their number (the Value interface).
+bool isTextValueRole(int atspiRole);
+bool isNumericValueRole(int atspiRole);
 
 } // namespace vardel::linux_desktop

@@ -1,17 +1,18 @@
 #include "platform/linux/JsonFilePreferenceStore.h"
 
+#include "platform/JsonValueError.h"
+#include "platform/ValueDecoder.h"
 #include "platform/ValueJson.h"
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
 #include <fcntl.h>
 #include <fstream>
 #include <iterator>
-#include <limits>
-#include <stdexcept>
 #include <system_error>
 #include <unistd.h>
 
@@ -19,17 +20,20 @@ namespace vardel {
 
 namespace {
 
-using nlohmann::json;
-
-constexpr std::array typeTags = { "date", "url", "point", "size", "rect", "range", "ref", "error" };
+// Keys that scenarios and traces give a meaning (element references, error codes). A file never
+// holds them, so that its values read the same wherever they are copied.
+constexpr std::array otherTags = { "ref", "error" };
 
 bool isTypeTag(std::string_view key)
 {
-    for (const char* tag : typeTags) {
-        if (key == tag)
-            return true;
-    }
-    return false;
+    return ValueDecoder::isTypeTag(key) || std::find(otherTags.begin(), otherTags.end(), key) != otherTags.end();
+}
+
+std::optional<Value> refuseOtherTags(const JsonCursor& object, const std::string& key, const JsonCursor&)
+{
+    if (isTypeTag(key))
+        object.fail("\"" + key + "\" values cannot be stored");
+    return std::nullopt;
 }
 
 // Why the value cannot be written so that it reads back the same; nothing when it can.
@@ -86,119 +90,6 @@ std::string encodeDate(Date date)
             return text;
     }
     return text;
-}
-
-struct UnreadableValue : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-
-Value decode(const json& encoded, int depth);
-
-double numberAt(const json& array, size_t index)
-{
-    if (!array.is_array() || index >= array.size() || !array[index].is_number())
-        throw UnreadableValue("malformed geometry value");
-    return array[index].get<double>();
-}
-
-void requireCount(const json& array, size_t count)
-{
-    if (!array.is_array() || array.size() != count)
-        throw UnreadableValue("a geometry value needs " + std::to_string(count) + " numbers");
-}
-
-int64_t integerAt(const json& array, size_t index)
-{
-    if (!array[index].is_number_integer())
-        throw UnreadableValue("a range needs whole numbers");
-    return array[index].get<int64_t>();
-}
-
-Value decodeTyped(const std::string& tag, const json& content)
-{
-    if (tag == "date") {
-        auto date = content.is_string() ? ValueJson::parseIso8601(content.get<std::string>()) : std::nullopt;
-        if (!date)
-            throw UnreadableValue("malformed date");
-        return *date;
-    }
-    if (tag == "url") {
-        if (!content.is_string())
-            throw UnreadableValue("malformed URL");
-        return Url { content.get<std::string>() };
-    }
-    if (tag == "point") {
-        requireCount(content, 2);
-        return Point { numberAt(content, 0), numberAt(content, 1) };
-    }
-    if (tag == "size") {
-        requireCount(content, 2);
-        return Size { numberAt(content, 0), numberAt(content, 1) };
-    }
-    if (tag == "rect") {
-        requireCount(content, 4);
-        return Rect { { numberAt(content, 0), numberAt(content, 1) }, { numberAt(content, 2), numberAt(content, 3) } };
-    }
-    if (tag == "range") {
-        requireCount(content, 2);
-        return Range { integerAt(content, 0), integerAt(content, 1) };
-    }
-    throw UnreadableValue("\"" + tag + "\" values cannot be stored");
-}
-
-Value decodeNumber(const json& encoded)
-{
-    if (encoded.is_number_unsigned()) {
-        auto unsignedValue = encoded.get<uint64_t>();
-        if (unsignedValue > static_cast<uint64_t>(std::numeric_limits<int64_t>::max()))
-            throw UnreadableValue("an integer beyond the 64-bit range");
-        return static_cast<int64_t>(unsignedValue);
-    }
-    if (encoded.is_number_integer())
-        return encoded.get<int64_t>();
-    return encoded.get<double>();
-}
-
-Value::Dictionary decodeMembers(const json& object, int depth)
-{
-    Value::Dictionary members;
-    for (const auto& [key, member] : object.items()) {
-        // A member set to null by hand is simply absent.
-        if (!member.is_null())
-            members.emplace(key, decode(member, depth + 1));
-    }
-    return members;
-}
-
-Value decode(const json& encoded, int depth)
-{
-    if (depth > JsonFilePreferenceStore::maximumNesting)
-        throw UnreadableValue("values nested too deeply");
-    switch (encoded.type()) {
-    case json::value_t::string:
-        return encoded.get<std::string>();
-    case json::value_t::boolean:
-        return encoded.get<bool>();
-    case json::value_t::number_integer:
-    case json::value_t::number_unsigned:
-    case json::value_t::number_float:
-        return decodeNumber(encoded);
-    case json::value_t::array: {
-        Value::List members;
-        for (const json& member : encoded) {
-            if (member.is_null())
-                throw UnreadableValue("null in a list");
-            members.push_back(decode(member, depth + 1));
-        }
-        return members;
-    }
-    case json::value_t::object:
-        if (encoded.size() == 1 && isTypeTag(encoded.begin().key()))
-            return decodeTyped(encoded.begin().key(), encoded.begin().value());
-        return decodeMembers(encoded, depth);
-    default:
-        throw UnreadableValue("a value of an unknown kind");
-    }
 }
 
 std::optional<std::string> readWholeFile(const std::filesystem::path& file, std::string& contents)
@@ -282,15 +173,14 @@ void JsonFilePreferenceStore::load()
         log_.warning("The preferences in " + file_.string() + " cannot be read (" + *reason + "); using the defaults.");
         return;
     }
-    json parsed = json::parse(contents, nullptr, false);
+    auto parsed = JsonCursor::Json::parse(contents, nullptr, false);
     if (parsed.is_discarded())
         return setAside("it is not valid JSON");
     if (!parsed.is_object())
         return setAside("it does not hold an object");
     try {
-        values_ = decodeMembers(parsed, 1);
-    } catch (const UnreadableValue& unreadable) {
-        values_.clear();
+        values_ = ValueDecoder(refuseOtherTags).decodeDictionary(JsonCursor(parsed, JsonPath()));
+    } catch (const JsonValueError& unreadable) {
         setAside(unreadable.what());
     }
 }

@@ -14,14 +14,13 @@ namespace vardel {
 // A preference store kept in a JSON file: one object of key → value in the encoding of scenario
 // files and traces ({"date": "…"}, {"url": "…"}, {"point": […]} and so on). Every change is
 // written at once, to a temporary file that then replaces the old one, so that a crash never
-// leaves half a file. A file that cannot be read as preferences is kept aside as FILE.corrupt and
-// the store starts from its defaults (empty), with a warning.
+// leaves half a file. A file that cannot be read as preferences (one bad or too deeply nested value
+// is enough) is kept aside as FILE.corrupt and the store starts from its defaults (empty), with one
+// warning that names the path of the first problem.
 class JsonFilePreferenceStore final : public PreferenceStore {
 public:
     static constexpr const char* standardUserDefaultsFileName = "defaults.json";
     static constexpr const char* productPreferencesFileName = "preferences.json";
-    // Values nested deeper than this make the file unreadable rather than exhaust the stack.
-    static constexpr int maximumNesting = 1000;
 
     using EnvironmentLookup = std::function<const char*(const char* name)>;
 

@@ -1,6 +1,6 @@
 #include "platform/scripted/ElementTreeReader.h"
 
-#include "platform/scripted/ValueDecoder.h"
+#include "platform/scripted/ScenarioValueDecoder.h"
 
 namespace vardel::scripted {
 
@@ -55,7 +55,7 @@ ElementDescription ElementTreeReader::readElement(
         if (value.isNull())
             return;
         if (isAttributeName(key))
-            element.attributes.emplace_back(key, ValueDecoder::attribute(value, references));
+            element.attributes.emplace_back(key, ScenarioValueDecoder::attribute(value, references));
         else
             readReservedKey(key, value, element);
     });

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/scripted/JsonCursor.h"
+#include "platform/JsonCursor.h"
 #include "platform/scripted/Scenario.h"
 
 #include <cstddef>

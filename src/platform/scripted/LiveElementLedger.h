@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/Accessibility.h"
-#include "platform/scripted/JsonPath.h"
+#include "platform/JsonPath.h"
 #include "platform/scripted/Scenario.h"
 
 #include <functional>

@@ -2,8 +2,8 @@
 
 #include "platform/Accessibility.h"
 #include "platform/Geometry.h"
+#include "platform/JsonPath.h"
 #include "platform/Value.h"
-#include "platform/scripted/JsonPath.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,10 +1,13 @@
 #include "platform/scripted/ScenarioReader.h"
 
+#include "platform/JsonValueError.h"
+#include "platform/ValueDecoder.h"
 #include "platform/ValueJson.h"
 #include "platform/WindowServer.h"
 #include "platform/scripted/ElementTreeReader.h"
+#include "platform/scripted/ScenarioError.h"
+#include "platform/scripted/ScenarioValueDecoder.h"
 #include "platform/scripted/TimelineReader.h"
-#include "platform/scripted/ValueDecoder.h"
 
 #include <array>
 #include <charconv>
@@ -72,7 +75,15 @@ ScenarioReader::ScenarioReader(std::string sourceName, std::filesystem::path bas
 
 Scenario ScenarioReader::read(const nlohmann::ordered_json& json)
 {
-    JsonCursor root(json, JsonPath(sourceName_));
+    try {
+        return readRoot(JsonCursor(json, JsonPath(sourceName_)));
+    } catch (const JsonValueError& error) {
+        throw ScenarioError(error.what());
+    }
+}
+
+Scenario ScenarioReader::readRoot(const JsonCursor& root)
+{
     root.allowOnlyKeys({ "start", "end", "screens", "accessibilityTrusted", "screenCaptureAccess",
         "notificationsPermitted", "defaults", "preferences", "domains", "self", "applications", "processes",
         "frontmost", "windowList", "powerAssertions", "powerAssertionsStatus", "plists", "runningTask", "database",
@@ -103,9 +114,9 @@ void ScenarioReader::readSystem(const JsonCursor& root, Scenario& scenario)
 void ScenarioReader::readStores(const JsonCursor& root, Scenario& scenario) const
 {
     if (auto defaults = root.nonNullMember("defaults"))
-        scenario.defaults = ValueDecoder::plainDictionary(*defaults);
+        scenario.defaults = ScenarioValueDecoder::plainDictionary(*defaults);
     if (auto preferences = root.nonNullMember("preferences"))
-        scenario.preferences = ValueDecoder::plainDictionary(*preferences);
+        scenario.preferences = ScenarioValueDecoder::plainDictionary(*preferences);
     scenario.domains = readDomains(root);
     scenario.self = readSelf(root);
     scenario.plists = readPropertyLists(root, scenario.self);
@@ -144,7 +155,7 @@ ApplicationDescription ScenarioReader::readApplication(const JsonCursor& cursor)
     application.executablePath = optionalPath(cursor, "executablePath");
     application.bundlePath = optionalPath(cursor, "bundlePath");
     if (auto info = cursor.nonNullMember("info"))
-        application.info = ValueDecoder::plainDictionary(*info);
+        application.info = ScenarioValueDecoder::plainDictionary(*info);
     application.running = flag(cursor, "running", true);
     application.responds = flag(cursor, "responds", true);
     if (auto ui = cursor.nonNullMember("ui"))
@@ -197,7 +208,7 @@ Value ScenarioReader::readWindow(const JsonCursor& window)
         else if (key == WindowInfoKey::bounds)
             entry.emplace(key, readBounds(value));
         else if (key.starts_with("kCGWindow"))
-            entry.emplace(key, ValueDecoder::plain(value));
+            entry.emplace(key, ScenarioValueDecoder::plain(value));
         else
             value.fail("unknown key (window-list keys begin with \"kCGWindow\")");
     });
@@ -210,7 +221,8 @@ Value::Dictionary ScenarioReader::readPowerAssertions(const JsonCursor& cursor)
     cursor.forEachMember([&](const std::string& key, const JsonCursor& records) {
         ProcessIdentifier pid = pidFromKey(key, records.path());
         Value::List list;
-        records.forEachItem([&](const JsonCursor& record) { list.push_back(ValueDecoder::plainDictionary(record)); });
+        records.forEachItem(
+            [&](const JsonCursor& record) { list.push_back(ScenarioValueDecoder::plainDictionary(record)); });
         assertions.insert_or_assign(std::to_string(pid), std::move(list));
     });
     return assertions;
@@ -230,7 +242,7 @@ KeyChanges ScenarioReader::readKeyChanges(const JsonCursor& cursor, bool pathKey
     cursor.forEachMember([&](const std::string& key, const JsonCursor& value) {
         if (pathKeys && !key.starts_with("/"))
             value.fail("expected an absolute file path as the key");
-        changes.emplace_back(key, value.isNull() ? std::nullopt : std::optional(ValueDecoder::plain(value)));
+        changes.emplace_back(key, value.isNull() ? std::nullopt : std::optional(ScenarioValueDecoder::plain(value)));
     });
     return changes;
 }
@@ -277,7 +289,7 @@ BundleDescription ScenarioReader::readSelf(const JsonCursor& root) const
         self.executablePath = optionalPath(*cursor, "executablePath").value_or("");
         self.bundleIdentifier = optionalText(*cursor, "bundleIdentifier").value_or(self.bundleIdentifier);
         if (auto info = cursor->nonNullMember("info"))
-            self.info = ValueDecoder::plainDictionary(*info);
+            self.info = ScenarioValueDecoder::plainDictionary(*info);
     }
     if (self.executablePath.empty())
         self.executablePath = self.bundlePath + selfExecutableInBundle;
@@ -305,7 +317,7 @@ std::vector<std::pair<std::string, Value::Dictionary>> ScenarioReader::readDomai
     std::vector<std::pair<std::string, Value::Dictionary>> domains;
     if (auto cursor = root.nonNullMember("domains")) {
         cursor->forEachMember([&](const std::string& name, const JsonCursor& values) {
-            domains.emplace_back(name, ValueDecoder::plainDictionary(values));
+            domains.emplace_back(name, ScenarioValueDecoder::plainDictionary(values));
         });
     }
     return domains;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/scripted/JsonCursor.h"
+#include "platform/JsonCursor.h"
 #include "platform/scripted/LiveElementLedger.h"
 #include "platform/scripted/Scenario.h"
 
@@ -37,6 +37,7 @@ public:
     LiveElementLedger& ledger() { return ledger_; }
 
 private:
+    Scenario readRoot(const JsonCursor& root);
     static void readSystem(const JsonCursor& root, Scenario&);
     void readStores(const JsonCursor& root, Scenario&) const;
     static void readScene(const JsonCursor& root, Scenario&);

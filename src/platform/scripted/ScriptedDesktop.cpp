@@ -141,6 +141,9 @@ std::unique_ptr<ScriptedDesktop> ScriptedDesktop::fromJson(
         json = nlohmann::ordered_json::parse(jsonText.begin(), jsonText.end());
     } catch (const nlohmann::ordered_json::parse_error& error) {
         throw ScenarioError(sourceName + ": $: not valid JSON at " + textPosition(jsonText, error.byte));
+    } catch (const nlohmann::ordered_json::out_of_range&) {
+        // The parser reports a number too large for a double this way, without its position.
+        throw ScenarioError(sourceName + ": $: not valid JSON: a number is out of range");
     }
     Scenario scenario = ScenarioReader(std::move(sourceName), std::move(baseDirectory)).read(json);
     return std::unique_ptr<ScriptedDesktop>(new ScriptedDesktop(std::make_unique<State>(std::move(scenario))));

@@ -22,11 +22,18 @@ Timeline::Timeline(std::vector<TimelineStep> steps, double endSeconds, VirtualCl
 
 void Timeline::advanceTo(double elapsedSeconds)
 {
-    while (next_ < steps_.size() && steps_[next_].at <= elapsedSeconds && steps_[next_].at < endSeconds_) {
-        clock_.moveTo(steps_[next_].at);
+    for (auto step = nextStepTime(); step && *step <= elapsedSeconds; step = nextStepTime()) {
+        clock_.moveTo(*step);
         apply(steps_[next_++]);
     }
     clock_.moveTo(elapsedSeconds);
+}
+
+std::optional<double> Timeline::nextStepTime() const
+{
+    if (next_ < steps_.size() && steps_[next_].at < endSeconds_)
+        return steps_[next_].at;
+    return std::nullopt;
 }
 
 // Applications first, so that the attribute changes of a step may name what it launched.

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <optional>
 #include <vector>
 
 namespace vardel::scripted {
@@ -18,10 +19,12 @@ public:
     Timeline(std::vector<TimelineStep> steps, double endSeconds, VirtualClock&, DesktopWorld&);
 
     void advanceTo(double elapsedSeconds);
+    // When the next step happens; nothing when no step is left before the end.
+    std::optional<double> nextStepTime() const;
 
     // The user's interactions of a step (answers to notifications, the menu, keys held, commands
-    // from other programs) go to the program through this
-    // handler, which serves them on the run loop rather than in the middle of whatever is running.
+    // from other programs) go to the program through this handler, at the step's time; it serves
+    // them on the run loop rather than in the middle of whatever is running.
     void setInteractionHandler(std::function<void(const TimelineStep&)> handler)
     {
         interactionHandler_ = std::move(handler);

@@ -1,7 +1,7 @@
 #include "platform/scripted/TimelineReader.h"
 
 #include "platform/scripted/ScenarioReader.h"
-#include "platform/scripted/ValueDecoder.h"
+#include "platform/scripted/ScenarioValueDecoder.h"
 
 #include <limits>
 #include <sstream>
@@ -97,7 +97,7 @@ void TimelineReader::readAttributeChanges(const JsonCursor& set, TimelineStep& s
         if (!value)
             cursor.path().member("value").fail("required (null removes the attribute)");
         if (!value->isNull())
-            change.value = ValueDecoder::attribute(*value, change.references);
+            change.value = ScenarioValueDecoder::attribute(*value, change.references);
         scenario_.ledger().requireReferences(change.references);
         step.set.push_back(std::move(change));
     });

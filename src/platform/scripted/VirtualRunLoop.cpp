@@ -34,13 +34,12 @@ void VirtualRunLoop::sleep(double seconds)
 int VirtualRunLoop::run()
 {
     while (!stopped_) {
-        bool ended
-            = clock_.elapsedSeconds() >= endSeconds_ || timers_.empty() || timers_.begin()->first.first >= endSeconds_;
-        if (ended) {
+        auto due = nextDue();
+        if (clock_.elapsedSeconds() >= endSeconds_ || !due || *due >= endSeconds_) {
             endRun();
             break;
         }
-        serveFirst();
+        serveNext();
     }
     return status_;
 }
@@ -75,13 +74,29 @@ void VirtualRunLoop::stop(int status, std::string reason)
 
 void VirtualRunLoop::runUntil(double elapsedSeconds)
 {
-    while (!stopped_ && !timers_.empty() && timers_.begin()->first.first <= elapsedSeconds)
-        serveFirst();
+    for (auto due = nextDue(); !stopped_ && due && *due <= elapsedSeconds; due = nextDue())
+        serveNext();
     timeline_.advanceTo(elapsedSeconds);
 }
 
-void VirtualRunLoop::serveFirst()
+std::optional<double> VirtualRunLoop::nextDue() const
 {
+    auto step = timeline_.nextStepTime();
+    if (timers_.empty())
+        return step;
+    double timer = timers_.begin()->first.first;
+    return step ? std::min(*step, timer) : timer;
+}
+
+void VirtualRunLoop::serveNext()
+{
+    // A step takes effect at its own time, before a timer due then: what it hands to the loop is
+    // due at the step's time, ahead of every later timer.
+    auto step = timeline_.nextStepTime();
+    if (step && (timers_.empty() || *step <= timers_.begin()->first.first)) {
+        timeline_.advanceTo(*step);
+        return;
+    }
     auto first = timers_.begin();
     double due = first->first.first;
     auto callback = std::move(first->second);

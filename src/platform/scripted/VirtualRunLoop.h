@@ -6,15 +6,17 @@
 
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 
 namespace vardel::scripted {
 
-// The run loop in virtual time: timers are served in order of due time (equal times in the order
-// they were scheduled), and the clock jumps to each one. A blocking sleep moves the clock without
-// serving timers. The run ends at the scenario's end, as by a termination request: the program may
-// finish its work in the grace time that follows; nothing else due at or after the end is served.
+// The run loop in virtual time: timeline steps and timers are served in order of due time (a step
+// before a timer due at the same time, equal timers in the order they were scheduled), and the clock
+// jumps to each one. A blocking sleep moves the clock without serving timers. The run ends at the scenario's end, as by
+// a termination request: the program may finish its work in the grace time that follows; nothing else due at or after
+// the end is served.
 class VirtualRunLoop final : public RunLoop {
 public:
     // How long past the end a program that asked to finish its work before ending may take.
@@ -38,15 +40,17 @@ public:
         if (terminationRequestHandler_)
             terminationRequestHandler_(reason);
     }
-    // Serves the timers due up to and including that time, then moves the clock there; the run
-    // goes on.
+    // Serves the steps and timers due up to and including that time, then moves the clock there;
+    // the run goes on.
     void runUntil(double elapsedSeconds);
     // "end" when the run reached the scenario's end, else the reason given to stop(); empty while
     // running.
     const std::string& stopReason() const { return stopReason_; }
 
 private:
-    void serveFirst();
+    // The time of the next step or timer, whichever comes first.
+    std::optional<double> nextDue() const;
+    void serveNext();
     void endRun();
 
     VirtualClock& clock_;

@@ -8,12 +8,12 @@
 #include "platform/linux/SpawnProcessLauncher.h"
 #include "platform/linux/X11WindowServer.h"
 #include "support/TemporaryFolder.h"
+#include "support/WaitUntil.h"
 
 #include <gtest/gtest.h>
 
 #include <atspi/atspi.h>
 #include <fstream>
-#include <thread>
 
 namespace vardel::linux_desktop {
 
@@ -114,9 +114,7 @@ TEST(SpawnProcessLauncherTest, RunsAndWaitsAndLaunchesDetached)
     auto failure = launcher.launch("/no/such/program", {});
     ASSERT_TRUE(failure);
     EXPECT_NE(failure->find("/no/such/program"), std::string::npos);
-    for (int attempt = 0; attempt < 100 && !std::filesystem::exists(marker); ++attempt)
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    EXPECT_TRUE(std::filesystem::exists(marker));
+    EXPECT_TRUE(testing::waitUntil([&] { return std::filesystem::exists(marker); }, std::chrono::seconds(5)));
     EXPECT_EQ(trace.recorded().size(), 4u);
     EXPECT_EQ(trace.recorded().front()["event"], "process");
 }

@@ -27,6 +27,7 @@ TEST(ScenarioLoading, NamesTheFirstProblemByItsPath)
         { R"({"colour": "blue"})", "scenario.json: $.colour: unknown key" },
         { R"([1, 2])", "scenario.json: $: expected an object" },
         { "{\n  \"applications\": [}", "scenario.json: $: not valid JSON at line 2, column 20" },
+        { R"({"end": -1e400})", "scenario.json: $: not valid JSON: a number is out of range" },
         { R"({"start": "yesterday"})",
             "scenario.json: $.start: expected an ISO 8601 UTC date such as 2026-01-05T09:00:00Z" },
         { R"({"screens": [[0, 0, 10]]})", "scenario.json: $.screens[0]: expected a frame [x, y, width, height]" },

@@ -1,6 +1,7 @@
 #include "platform/scripted/RelaunchScript.h"
 #include "platform/scripted/ScriptedDesktop.h"
 #include "platform/scripted/ScriptedTesting.h"
+#include "shell/SelfRelauncher.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -76,7 +77,6 @@ TEST(ScriptedFileEvents, ReportsOnlyWhileStartedAndBelowTheWatchedFolders)
     watchingA.stream->start();
     watchingRoot.stream->start();
     runFor(*desktop, 9);
-    desktop->runUntil(10);
     watchingA.stream->stop();
     runFor(*desktop, 40);
 
@@ -117,48 +117,56 @@ TEST(ScriptedFileEvents, FlushesPendingEventsAndForgetsThoseOfAStoppedOrDestroye
     EXPECT_THAT(flushed.stream->description(), ::testing::HasSubstr("stopped"));
 }
 
-// The script as the tracker writes it, for process 100 and the bundle "/Apps/V \"1\".app".
-const std::string relaunchScriptText
-    = R"(/bin/sleep 5; /bin/kill -0 100 >&/dev/null && /bin/kill 100; (for i in {1..5}; do /bin/sleep 1; /bin/kill -0 100 >&/dev/null || break; done; /bin/kill -0 100 >&/dev/null && /bin/kill -9 100 && /bin/sleep 5; /usr/bin/open "/Apps/V \"1\".app") &)";
+const std::string bundlePath = "/Apps/V \"1\".app";
+
+// The script as the tracker writes it to relaunch process 100 from the bundle above.
+std::string relaunchScriptText(double delay = 5)
+{
+    return SelfRelauncher::relaunchScript(delay, 100, bundlePath);
+}
 
 TEST(RelaunchScript, RecognisesOnlyTheTrackersOwnRelaunch)
 {
-    auto script = RelaunchScript::recognize("/bin/sh", { "-c", relaunchScriptText }, 100);
+    auto script = RelaunchScript::recognize("/bin/sh", { "-c", relaunchScriptText() }, 100);
     ASSERT_TRUE(script);
     EXPECT_EQ(script->delaySeconds, 5);
-    EXPECT_EQ(script->bundlePath, "/Apps/V \"1\".app");
+    EXPECT_EQ(script->bundlePath, bundlePath);
 
-    EXPECT_FALSE(RelaunchScript::recognize("/bin/sh", { "-c", relaunchScriptText }, 101));
-    EXPECT_FALSE(RelaunchScript::recognize("/bin/bash", { "-c", relaunchScriptText }, 100));
-    EXPECT_FALSE(RelaunchScript::recognize("/bin/sh", { relaunchScriptText }, 100));
-    EXPECT_FALSE(RelaunchScript::recognize("/bin/sh", { "-c", relaunchScriptText + "; rm -rf ~" }, 100));
-    std::string otherDelays = relaunchScriptText;
+    EXPECT_FALSE(RelaunchScript::recognize("/bin/sh", { "-c", relaunchScriptText() }, 101));
+    EXPECT_FALSE(RelaunchScript::recognize("/bin/bash", { "-c", relaunchScriptText() }, 100));
+    EXPECT_FALSE(RelaunchScript::recognize("/bin/sh", { relaunchScriptText() }, 100));
+    EXPECT_FALSE(RelaunchScript::recognize("/bin/sh", { "-c", relaunchScriptText() + "; rm -rf ~" }, 100));
+    std::string otherDelays = relaunchScriptText();
     otherDelays.replace(otherDelays.find("{1..5}"), 6, "{1..9}");
     EXPECT_FALSE(RelaunchScript::recognize("/bin/sh", { "-c", otherDelays }, 100));
-    std::string unquotedDollar = relaunchScriptText;
+    std::string unquotedDollar = relaunchScriptText();
     unquotedDollar.replace(unquotedDollar.find("\\\"1\\\""), 5, "$(id)");
     EXPECT_FALSE(RelaunchScript::recognize("/bin/sh", { "-c", unquotedDollar }, 100));
 }
 
 TEST(RelaunchScript, EndsTheRunAfterTheDelayAndOpensTheBundle)
 {
-    auto desktop = desktopFrom({ { "end", 100 } });
-    int terminations = 0;
-    desktop->runLoop().setTerminationRequestHandler([&](const std::string&) {
-        ++terminations;
-        desktop->trace().write("flushed", {});
-    });
-    desktop->runLoop().schedule(2, [&] { desktop->processLauncher().launch("/bin/sh", { "-c", relaunchScriptText }); });
-    desktop->runLoop().schedule(90, [] { FAIL() << "the run went on after the relaunch"; });
+    for (double delay : { 5, 12 }) {
+        auto desktop = desktopFrom({ { "end", 100 } });
+        int terminations = 0;
+        desktop->runLoop().setTerminationRequestHandler([&](const std::string&) {
+            ++terminations;
+            desktop->trace().write("flushed", {});
+        });
+        desktop->runLoop().schedule(2, [&] {
+            desktop->processLauncher().launch("/bin/sh", { "-c", relaunchScriptText(delay) });
+        });
+        desktop->runLoop().schedule(90, [] { FAIL() << "the run went on after the relaunch"; });
 
-    EXPECT_EQ(desktop->runLoop().run(), 0);
-    EXPECT_EQ(terminations, 1);
-    EXPECT_EQ(desktop->stopReason(), "relaunch");
-    EXPECT_EQ(desktop->elapsedSeconds(), 7);
-    const auto& recorded = desktop->recordedEvents();
-    ASSERT_GE(recorded.size(), 2u);
-    EXPECT_EQ(recorded[recorded.size() - 2]["event"], "flushed");
-    EXPECT_EQ(recorded.back(), (Json { { "t", 7 }, { "event", "open" }, { "target", "/Apps/V \"1\".app" } }));
+        EXPECT_EQ(desktop->runLoop().run(), 0);
+        EXPECT_EQ(terminations, 1);
+        EXPECT_EQ(desktop->stopReason(), "relaunch");
+        EXPECT_EQ(desktop->elapsedSeconds(), 2 + delay);
+        const auto& recorded = desktop->recordedEvents();
+        ASSERT_GE(recorded.size(), 2u);
+        EXPECT_EQ(recorded[recorded.size() - 2]["event"], "flushed");
+        EXPECT_EQ(recorded.back(), (Json { { "t", 2 + delay }, { "event", "open" }, { "target", bundlePath } }));
+    }
 }
 
 TEST(CurrentProcess, IsTheScenariosOwnBundleAsItStarted)

@@ -123,6 +123,23 @@ TEST_F(TimelineTest, StepsComeBeforeTimersDueAtTheirTime)
     EXPECT_THAT(seen, ElementsAre(std::nullopt, 1));
 }
 
+TEST_F(TimelineTest, InteractionsReachTheProgramAtTheirStepsTime)
+{
+    load(R"([{"at": 20.5, "script": {"command": "pause"}}, {"at": 22, "script": {"command": "resume"}},
+             {"at": 32, "script": {"command": "pause"}}, {"at": 40, "frontmost": 1}])");
+    Firings firings;
+    desktop->scriptingCommands().setHandler(
+        [&](const ScriptingCommandRequest& request) { firings.record(*desktop, request.name)(); });
+    for (double due : { 21, 22 })
+        desktop->runLoop().schedule(due, firings.record(*desktop, "timer"));
+    // A program blocked past a step gets its interaction as soon as it is free, before later timers.
+    desktop->runLoop().schedule(30, [&] { desktop->runLoop().sleep(5); });
+    desktop->runLoop().schedule(33, firings.record(*desktop, "timer"));
+    desktop->runLoop().run();
+    // A step at a timer's time comes after the timers already due then, as any new timer does.
+    EXPECT_THAT(firings.names, ElementsAre("pause@20.5", "timer@21", "timer@22", "resume@22", "pause@35", "timer@35"));
+}
+
 TEST_F(TimelineTest, StepsHappenWhileTheProgramSleeps)
 {
     load(R"([{"at": 3, "set": [{"element": "one", "attribute": "AXTitle", "value": "second"}]}])");

@@ -1,15 +1,17 @@
-#include "platform/scripted/ValueDecoder.h"
+#include "platform/ValueDecoder.h"
 
 #include "platform/ValueJson.h"
-#include "platform/scripted/UnresolvedReference.h"
 
+#include <algorithm>
 #include <array>
-#include <limits>
-#include <memory>
+#include <utility>
+#include <vector>
 
-namespace vardel::scripted {
+namespace vardel {
 
 namespace {
+
+constexpr std::array typeTags = { "point", "size", "rect", "range", "url", "date" };
 
 template<size_t count> std::array<double, count> numbers(const JsonCursor& cursor, const char* expected)
 {
@@ -38,12 +40,36 @@ Value date(const JsonCursor& cursor)
     return *parsed;
 }
 
+// The one member that is not null, if there is exactly one.
+std::optional<JsonCursor::Json::const_iterator> onlyPresentMember(const JsonCursor::Json& object)
+{
+    std::optional<JsonCursor::Json::const_iterator> only;
+    for (auto member = object.begin(); member != object.end(); ++member) {
+        if (member->is_null())
+            continue;
+        if (only)
+            return std::nullopt;
+        only = member;
+    }
+    return only;
+}
+
 } // namespace
 
-Value ValueDecoder::plain(const JsonCursor& cursor)
+Value ValueDecoder::decode(const JsonCursor& cursor) const
 {
     requireBoundedNesting(cursor);
-    return ValueDecoder(nullptr).decode(cursor);
+    return decodeNested(cursor);
+}
+
+Value::Dictionary ValueDecoder::decodeDictionary(const JsonCursor& cursor) const
+{
+    Value::Dictionary dictionary;
+    cursor.forEachMember([&](const std::string& key, const JsonCursor& member) {
+        if (!member.isNull())
+            dictionary.insert_or_assign(key, decode(member));
+    });
+    return dictionary;
 }
 
 Value ValueDecoder::number(const JsonCursor& cursor)
@@ -53,27 +79,9 @@ Value ValueDecoder::number(const JsonCursor& cursor)
     return cursor.number();
 }
 
-Value::Dictionary ValueDecoder::plainDictionary(const JsonCursor& cursor)
+bool ValueDecoder::isTypeTag(std::string_view key)
 {
-    // Member by member, so that a value nested too deeply is reported where it is.
-    Value::Dictionary dictionary;
-    cursor.forEachMember([&](const std::string& key, const JsonCursor& member) {
-        if (!member.isNull())
-            dictionary.insert_or_assign(key, plain(member));
-    });
-    return dictionary;
-}
-
-AttributeValue ValueDecoder::attribute(const JsonCursor& cursor, std::vector<ElementReferenceUse>& references)
-{
-    if (cursor.isObject() && cursor.json().size() == 1) {
-        if (auto code = cursor.member("error")) {
-            auto value = code->integerBetween(std::numeric_limits<AXError>::min(), -1);
-            return AttributeError { static_cast<AXError>(value) };
-        }
-    }
-    requireBoundedNesting(cursor);
-    return ValueDecoder(&references).decode(cursor);
+    return std::find(typeTags.begin(), typeTags.end(), key) != typeTags.end();
 }
 
 void ValueDecoder::requireBoundedNesting(const JsonCursor& cursor)
@@ -91,7 +99,7 @@ void ValueDecoder::requireBoundedNesting(const JsonCursor& cursor)
     }
 }
 
-Value ValueDecoder::decode(const JsonCursor& cursor) const
+Value ValueDecoder::decodeNested(const JsonCursor& cursor) const
 {
     const auto& json = cursor.json();
     switch (json.type()) {
@@ -106,9 +114,9 @@ Value ValueDecoder::decode(const JsonCursor& cursor) const
     case JsonCursor::Json::value_t::array:
         return decodeList(cursor);
     case JsonCursor::Json::value_t::object:
-        if (auto typed = decodeTyped(cursor))
-            return *typed;
-        return decodeDictionary(cursor);
+        if (auto tagged = decodeTagged(cursor))
+            return *tagged;
+        return decodeMembers(cursor);
     default:
         cursor.fail("expected a value");
     }
@@ -121,27 +129,28 @@ Value ValueDecoder::decodeList(const JsonCursor& cursor) const
     cursor.forEachItem([&](const JsonCursor& item) {
         if (item.isNull())
             item.fail("null is not allowed in an array");
-        list.push_back(decode(item));
+        list.push_back(decodeNested(item));
     });
     return list;
 }
 
-Value::Dictionary ValueDecoder::decodeDictionary(const JsonCursor& cursor) const
+Value::Dictionary ValueDecoder::decodeMembers(const JsonCursor& cursor) const
 {
     Value::Dictionary dictionary;
     cursor.forEachMember([&](const std::string& key, const JsonCursor& member) {
         if (!member.isNull())
-            dictionary.insert_or_assign(key, decode(member));
+            dictionary.insert_or_assign(key, decodeNested(member));
     });
     return dictionary;
 }
 
-std::optional<Value> ValueDecoder::decodeTyped(const JsonCursor& object) const
+std::optional<Value> ValueDecoder::decodeTagged(const JsonCursor& object) const
 {
-    if (object.json().size() != 1)
+    auto only = onlyPresentMember(object.json());
+    if (!only)
         return std::nullopt;
-    const std::string& key = object.json().begin().key();
-    JsonCursor value(object.json().begin().value(), object.path().member(key));
+    const std::string& key = (*only).key();
+    JsonCursor value((*only).value(), object.path().member(key));
     if (key == "point") {
         auto [x, y] = numbers<2>(value, "expected [x, y]");
         return Point { x, y };
@@ -160,22 +169,7 @@ std::optional<Value> ValueDecoder::decodeTyped(const JsonCursor& object) const
         return Url { value.text() };
     if (key == "date")
         return date(value);
-    if (key == "ref")
-        return reference(object);
-    if (key == "error")
-        value.fail(
-            references_ ? "an error code must be the whole attribute value" : "error codes are only for attributes");
-    return std::nullopt;
+    return readTag_ ? readTag_(object, key, value) : std::nullopt;
 }
 
-Value ValueDecoder::reference(const JsonCursor& object) const
-{
-    JsonCursor id(object.json().begin().value(), object.path().member("ref"));
-    if (!references_)
-        id.fail("element references are only for attributes");
-    std::string name = id.text();
-    references_->push_back({ name, object.path() });
-    return AXUIElement(std::make_shared<const UnresolvedReference>(std::move(name)));
-}
-
-} // namespace vardel::scripted
+} // namespace vardel

@@ -1,10 +1,10 @@
-#include "platform/scripted/JsonCursor.h"
+#include "platform/JsonCursor.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
-namespace vardel::scripted {
+namespace vardel {
 
 std::string JsonCursor::text() const
 {
@@ -106,4 +106,4 @@ JsonCursor JsonCursor::requiredMember(std::string_view key) const
     return *found;
 }
 
-} // namespace vardel::scripted
+} // namespace vardel

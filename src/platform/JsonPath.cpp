@@ -1,13 +1,13 @@
-#include "platform/scripted/JsonPath.h"
+#include "platform/JsonPath.h"
 
-#include "platform/scripted/ScenarioError.h"
+#include "platform/JsonValueError.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <vector>
 
-namespace vardel::scripted {
+namespace vardel {
 
 namespace {
 
@@ -23,6 +23,8 @@ bool isIdentifier(std::string_view key)
 }
 
 } // namespace
+
+JsonPath::JsonPath() = default;
 
 JsonPath::JsonPath(std::string sourceName)
     : sourceName_(std::make_shared<const std::string>(std::move(sourceName)))
@@ -66,7 +68,8 @@ std::string JsonPath::toString() const
 
 void JsonPath::fail(std::string_view problem) const
 {
-    throw ScenarioError(*sourceName_ + ": " + toString() + ": " + std::string(problem));
+    std::string where = sourceName_ ? *sourceName_ + ": " + toString() : toString();
+    throw JsonValueError(where + ": " + std::string(problem));
 }
 
-} // namespace vardel::scripted
+} // namespace vardel

@@ -5,12 +5,14 @@
 #include <string>
 #include <string_view>
 
-namespace vardel::scripted {
+namespace vardel {
 
-// Where a value sits in a scenario file ("$.applications[2].pid"), for error messages. Paths share
+// Where a value sits in a JSON document ("$.applications[2].pid"), for error messages. Paths share
 // their prefixes, so keeping one per element of a large tree costs little.
 class JsonPath {
 public:
+    // The root of a document that the messages need not name.
+    JsonPath();
     // The root of the named file.
     explicit JsonPath(std::string sourceName);
 
@@ -19,7 +21,7 @@ public:
 
     std::string toString() const;
 
-    // Throws ScenarioError "FILE: PATH: problem".
+    // Throws JsonValueError "FILE: PATH: problem", or "PATH: problem" without a file name.
     [[noreturn]] void fail(std::string_view problem) const;
 
 private:
@@ -35,4 +37,4 @@ private:
     std::shared_ptr<const Step> last_;
 };
 
-} // namespace vardel::scripted
+} // namespace vardel

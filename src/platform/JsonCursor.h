@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/Accessibility.h"
-#include "platform/scripted/JsonPath.h"
+#include "platform/JsonPath.h"
 
 #include <nlohmann/json.hpp>
 
@@ -11,9 +11,9 @@
 #include <string>
 #include <string_view>
 
-namespace vardel::scripted {
+namespace vardel {
 
-// A value of a scenario file with its path: typed reads that fail with a ScenarioError naming the
+// A value of a JSON document with its path: typed reads that fail with a JsonValueError naming the
 // path and what was expected.
 class JsonCursor {
 public:
@@ -83,4 +83,4 @@ private:
     JsonPath path_;
 };
 
-} // namespace vardel::scripted
+} // namespace vardel

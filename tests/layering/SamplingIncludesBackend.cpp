@@ -1,0 +1,3 @@
+// Compiled as part of the sampling layer, this include must not be found: backends are out of reach
+// of the logic.
+#include "platform/scripted/ScriptedDesktop.h"
