@@ -52,6 +52,19 @@ std::unique_ptr<icu::RegexMatcher> makeMatcher(const icu::RegexPattern& pattern,
     return matcher;
 }
 
+// Whether the test passes on a matcher over the text; a matcher ICU cannot make, or a match that ran
+// out of steps, is no match.
+template<typename MatcherTest> bool matches(const icu::RegexPattern& pattern, std::string_view text, MatcherTest test)
+{
+    auto unicodeText = toUnicode(text);
+    auto matcher = makeMatcher(pattern, unicodeText);
+    if (!matcher)
+        return false;
+    UErrorCode status = U_ZERO_ERROR;
+    bool passed = test(*matcher, status);
+    return U_SUCCESS(status) && passed;
+}
+
 } // namespace
 
 RegularExpression::RegularExpression(std::string pattern, std::shared_ptr<const icu::RegexPattern> compiled)
@@ -97,24 +110,14 @@ std::string RegularExpression::replacingMatches(std::string_view text, std::stri
 
 bool RegularExpression::matchesAnywhere(std::string_view text) const
 {
-    auto unicodeText = toUnicode(text);
-    auto matcher = makeMatcher(*compiled_, unicodeText);
-    if (!matcher)
-        return false;
-    UErrorCode status = U_ZERO_ERROR;
-    bool found = matcher->find(0, status);
-    return U_SUCCESS(status) && found;
+    return matches(
+        *compiled_, text, [](icu::RegexMatcher& matcher, UErrorCode& status) { return matcher.find(0, status); });
 }
 
 bool RegularExpression::matchesWhole(std::string_view text) const
 {
-    auto unicodeText = toUnicode(text);
-    auto matcher = makeMatcher(*compiled_, unicodeText);
-    if (!matcher)
-        return false;
-    UErrorCode status = U_ZERO_ERROR;
-    bool matched = matcher->matches(status);
-    return U_SUCCESS(status) && matched;
+    return matches(
+        *compiled_, text, [](icu::RegexMatcher& matcher, UErrorCode& status) { return matcher.matches(status); });
 }
 
 std::optional<std::vector<std::optional<std::string>>> RegularExpression::firstMatch(std::string_view text) const

@@ -64,12 +64,7 @@ Value ValueDecoder::decode(const JsonCursor& cursor) const
 
 Value::Dictionary ValueDecoder::decodeDictionary(const JsonCursor& cursor) const
 {
-    Value::Dictionary dictionary;
-    cursor.forEachMember([&](const std::string& key, const JsonCursor& member) {
-        if (!member.isNull())
-            dictionary.insert_or_assign(key, decode(member));
-    });
-    return dictionary;
+    return decodeMembers(cursor, &ValueDecoder::decode);
 }
 
 Value ValueDecoder::number(const JsonCursor& cursor)
@@ -116,7 +111,7 @@ Value ValueDecoder::decodeNested(const JsonCursor& cursor) const
     case JsonCursor::Json::value_t::object:
         if (auto tagged = decodeTagged(cursor))
             return *tagged;
-        return decodeMembers(cursor);
+        return decodeMembers(cursor, &ValueDecoder::decodeNested);
     default:
         cursor.fail("expected a value");
     }
@@ -134,12 +129,12 @@ Value ValueDecoder::decodeList(const JsonCursor& cursor) const
     return list;
 }
 
-Value::Dictionary ValueDecoder::decodeMembers(const JsonCursor& cursor) const
+Value::Dictionary ValueDecoder::decodeMembers(const JsonCursor& cursor, MemberDecoder decodeMember) const
 {
     Value::Dictionary dictionary;
     cursor.forEachMember([&](const std::string& key, const JsonCursor& member) {
         if (!member.isNull())
-            dictionary.insert_or_assign(key, decodeNested(member));
+            dictionary.insert_or_assign(key, (this->*decodeMember)(member));
     });
     return dictionary;
 }

@@ -47,7 +47,8 @@ private:
     static void requireBoundedNesting(const JsonCursor&);
     Value decodeNested(const JsonCursor&) const;
     Value decodeList(const JsonCursor&) const;
-    Value::Dictionary decodeMembers(const JsonCursor&) const;
+    using MemberDecoder = Value (ValueDecoder::*)(const JsonCursor&) const;
+    Value::Dictionary decodeMembers(const JsonCursor&, MemberDecoder) const;
     std::optional<Value> decodeTagged(const JsonCursor& object) const;
 
     TagReader readTag_;

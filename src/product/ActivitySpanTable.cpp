@@ -83,14 +83,9 @@ DatabaseResult<std::vector<ActivitySpan>> ActivitySpanTable::overlapping(
     query.bind(1, from.secondsSince1970);
     query.bind(2, to.secondsSince1970);
     std::vector<ActivitySpan> spans;
-    while (true) {
-        auto row = query.step();
-        if (!row.ok())
-            return row.error();
-        if (!row.value())
-            return spans;
-        spans.push_back(spanAtRow(query));
-    }
+    if (auto failed = query.forEachRow([&](const SqliteStatement& row) { spans.push_back(spanAtRow(row)); }))
+        return *failed;
+    return spans;
 }
 
 DatabaseResult<double> ActivitySpanTable::totalSecondsBetween(SqliteConnection& connection, Date from, Date to)

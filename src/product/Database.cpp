@@ -46,14 +46,9 @@ TaskActivity entryAtRow(const SqliteStatement& row)
 DatabaseResult<std::vector<TaskActivity>> readEntries(SqliteStatement& query)
 {
     std::vector<TaskActivity> entries;
-    while (true) {
-        auto row = query.step();
-        if (!row.ok())
-            return row.error();
-        if (!row.value())
-            return entries;
-        entries.push_back(entryAtRow(query));
-    }
+    if (auto failed = query.forEachRow([&](const SqliteStatement& row) { entries.push_back(entryAtRow(row)); }))
+        return *failed;
+    return entries;
 }
 
 void traceSavedEntry(const TaskActivity& entry)

@@ -96,18 +96,16 @@ DatabaseResult<DatabaseSchema::StoredVersion> DatabaseSchema::readVersion(Sqlite
         return statement.error();
     SqliteStatement rows = std::move(statement).value();
     StoredVersion stored;
-    while (true) {
-        auto row = rows.step();
-        if (!row.ok())
-            return row.error();
-        if (!row.value())
-            return stored;
-        int64_t value = rows.integerColumn(1);
-        if (rows.textColumn(0) == "version")
+    auto failed = rows.forEachRow([&](const SqliteStatement& row) {
+        int64_t value = row.integerColumn(1);
+        if (row.textColumn(0) == "version")
             stored.version = value;
         else
             stored.lastCompatibleVersion = value;
-    }
+    });
+    if (failed)
+        return *failed;
+    return stored;
 }
 
 std::optional<DatabaseError> DatabaseSchema::writeVersion(SqliteConnection& connection)

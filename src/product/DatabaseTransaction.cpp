@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace vardel {
 
@@ -18,6 +19,27 @@ std::optional<DatabaseError> refusal(const TaskActivityDescriptor& descriptor, b
     return std::nullopt;
 }
 
+// Runs a statement that takes the entry's start, end, title and project as ?1 to ?4 and one more
+// value as ?5; nothing when it ran.
+template<typename LastValue>
+std::optional<DatabaseError> writeEntry(
+    SqliteConnection& connection, const char* sql, const TaskActivityDescriptor& descriptor, LastValue lastValue)
+{
+    auto prepared = connection.prepare(sql);
+    if (!prepared.ok())
+        return prepared.error();
+    SqliteStatement statement = std::move(prepared).value();
+    statement.bind(1, descriptor.start.secondsSince1970);
+    statement.bind(2, descriptor.end.secondsSince1970);
+    statement.bind(3, std::string_view(descriptor.title));
+    statement.bind(4, descriptor.project);
+    statement.bind(5, lastValue);
+    auto done = statement.step();
+    if (!done.ok())
+        return done.error();
+    return std::nullopt;
+}
+
 } // namespace
 
 DatabaseTransaction::DatabaseTransaction(SqliteConnection& connection, Date now)
@@ -31,19 +53,10 @@ DatabaseResult<TaskActivity> DatabaseTransaction::createTaskActivity(
 {
     if (auto refused = refusal(descriptor, preventTooShortDurations))
         return *refused;
-    auto prepared = connection_.prepare(
-        "INSERT INTO time_entries (started_at, ended_at, title, project, created_at) VALUES (?1, ?2, ?3, ?4, ?5)");
-    if (!prepared.ok())
-        return prepared.error();
-    SqliteStatement insert = std::move(prepared).value();
-    insert.bind(1, descriptor.start.secondsSince1970);
-    insert.bind(2, descriptor.end.secondsSince1970);
-    insert.bind(3, std::string_view(descriptor.title));
-    insert.bind(4, descriptor.project);
-    insert.bind(5, now_.secondsSince1970);
-    auto done = insert.step();
-    if (!done.ok())
-        return done.error();
+    if (auto failed = writeEntry(connection_,
+            "INSERT INTO time_entries (started_at, ended_at, title, project, created_at) VALUES (?1, ?2, ?3, ?4, ?5)",
+            descriptor, now_.secondsSince1970))
+        return *failed;
     TaskActivity created { connection_.lastInsertRowIdentifier(), descriptor, now_ };
     savedEntries_.push_back(created);
     return created;
@@ -54,19 +67,10 @@ DatabaseResult<TaskActivity> DatabaseTransaction::updateTaskActivity(
 {
     if (auto refused = refusal(descriptor, preventTooShortDurations))
         return *refused;
-    auto prepared = connection_.prepare(
-        "UPDATE time_entries SET started_at = ?1, ended_at = ?2, title = ?3, project = ?4 WHERE id = ?5");
-    if (!prepared.ok())
-        return prepared.error();
-    SqliteStatement update = std::move(prepared).value();
-    update.bind(1, descriptor.start.secondsSince1970);
-    update.bind(2, descriptor.end.secondsSince1970);
-    update.bind(3, std::string_view(descriptor.title));
-    update.bind(4, descriptor.project);
-    update.bind(5, entry.identifier);
-    auto done = update.step();
-    if (!done.ok())
-        return done.error();
+    if (auto failed = writeEntry(connection_,
+            "UPDATE time_entries SET started_at = ?1, ended_at = ?2, title = ?3, project = ?4 WHERE id = ?5",
+            descriptor, entry.identifier))
+        return *failed;
     if (connection_.changes() == 0)
         return DatabaseError { DatabaseError::Kind::notFound, "The time entry no longer exists." };
     TaskActivity updated { entry.identifier, descriptor, entry.createdAt };

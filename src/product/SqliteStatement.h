@@ -26,6 +26,19 @@ public:
 
     // True when a row is ready, false when the statement has finished.
     DatabaseResult<bool> step();
+    // Steps through the remaining rows, calling takeRow(*this) at each; nothing once all were read,
+    // else the error that stopped it.
+    template<typename TakeRow> std::optional<DatabaseError> forEachRow(TakeRow takeRow)
+    {
+        while (true) {
+            auto row = step();
+            if (!row.ok())
+                return row.error();
+            if (!row.value())
+                return std::nullopt;
+            takeRow(*this);
+        }
+    }
 
     int64_t integerColumn(int index) const;
     double realColumn(int index) const;

@@ -66,13 +66,40 @@ int usageError(std::ostream& errors, const std::string& problem)
     return VardelCommand::usageStatus;
 }
 
-// Finds the day and opens the store, reads the day with read(store, day) and prints what it gave
-// with print(value, day); the command's exit status.
-template<typename Read, typename Print>
-int readDay(const std::optional<std::string>& requestedDay, Date now,
-    const VardelCommand::EnvironmentLookup& environment, std::ostream& errors, Read read, Print print)
+struct DayOptions {
+    std::optional<std::string> day;
+    bool json = false;
+};
+
+std::optional<DayOptions> parseDayOptions(const std::vector<std::string>& arguments, std::ostream& errors)
 {
-    auto day = dayOf(requestedDay, now, errors);
+    DayOptions options;
+    for (size_t index = 0; index < arguments.size(); ++index) {
+        const std::string& argument = arguments[index];
+        if (argument == "--json") {
+            options.json = true;
+        } else if (argument == "--date" && index + 1 < arguments.size()) {
+            options.day = arguments[++index];
+        } else if (argument.starts_with("--date=")) {
+            options.day = argument.substr(7);
+        } else {
+            usageError(errors, argument == "--date" ? "--date needs a day" : "unknown argument \"" + argument + "\"");
+            return std::nullopt;
+        }
+    }
+    return options;
+}
+
+// Reads the options, finds the day and opens the store, reads the day with read(store, day) and
+// prints what it gave with print(value, day, json); the command's exit status.
+template<typename Read, typename Print>
+int readDay(const std::vector<std::string>& arguments, Date now, const VardelCommand::EnvironmentLookup& environment,
+    std::ostream& errors, Read read, Print print)
+{
+    auto options = parseDayOptions(arguments, errors);
+    if (!options)
+        return VardelCommand::usageStatus;
+    auto day = dayOf(options->day, now, errors);
     if (!day)
         return VardelCommand::usageStatus;
     auto store = openStore(environment, errors);
@@ -83,7 +110,7 @@ int readDay(const std::optional<std::string>& requestedDay, Date now,
         errors << "vardel: " << result.error().message << "\n";
         return VardelCommand::failureStatus;
     }
-    print(result.value(), *day);
+    print(result.value(), *day, options->json);
     return VardelCommand::successStatus;
 }
 
@@ -127,38 +154,15 @@ int VardelCommand::run(const std::vector<std::string>& arguments, std::ostream& 
     return usageError(errors, "unknown command \"" + command + "\"");
 }
 
-std::optional<VardelCommand::Options> VardelCommand::parseReportOptions(
-    const std::vector<std::string>& arguments, std::ostream& errors)
-{
-    Options options;
-    for (size_t index = 0; index < arguments.size(); ++index) {
-        const std::string& argument = arguments[index];
-        if (argument == "--json") {
-            options.json = true;
-        } else if (argument == "--date" && index + 1 < arguments.size()) {
-            options.day = arguments[++index];
-        } else if (argument.starts_with("--date=")) {
-            options.day = argument.substr(7);
-        } else {
-            usageError(errors, argument == "--date" ? "--date needs a day" : "unknown argument \"" + argument + "\"");
-            return std::nullopt;
-        }
-    }
-    return options;
-}
-
 int VardelCommand::report(const std::vector<std::string>& arguments, std::ostream& output, std::ostream& errors,
     const EnvironmentLookup& environment, Date now)
 {
-    auto options = parseReportOptions(arguments, errors);
-    if (!options)
-        return usageStatus;
     return readDay(
-        options->day, now, environment, errors,
+        arguments, now, environment, errors,
         [](Database& store, const Day& day) { return store.activitySpansInRange(day.start, day.end); },
-        [&](const auto& spans, const Day& day) {
+        [&](const auto& spans, const Day& day, bool json) {
             auto summary = ActivitySummary::of(spans, day.start, day.end);
-            if (options->json)
+            if (json)
                 output << ActivityReportFormatter::json(summary, day.name).dump(2) << "\n";
             else
                 output << ActivityReportFormatter::text(summary, day.name);
@@ -168,14 +172,11 @@ int VardelCommand::report(const std::vector<std::string>& arguments, std::ostrea
 int VardelCommand::entries(const std::vector<std::string>& arguments, std::ostream& output, std::ostream& errors,
     const EnvironmentLookup& environment, Date now)
 {
-    auto options = parseReportOptions(arguments, errors);
-    if (!options)
-        return usageStatus;
     return readDay(
-        options->day, now, environment, errors,
+        arguments, now, environment, errors,
         [](Database& store, const Day& day) { return store.entriesInRange(day.start, day.end); },
-        [&](const auto& entries, const Day& day) {
-            if (options->json)
+        [&](const auto& entries, const Day& day, bool json) {
+            if (json)
                 output << TimeEntriesFormatter::json(entries, day.name).dump(2) << "\n";
             else
                 output << TimeEntriesFormatter::text(entries, day.name);

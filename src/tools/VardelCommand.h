@@ -33,12 +33,6 @@ public:
     static const char* usage();
 
 private:
-    struct Options {
-        std::optional<std::string> day;
-        bool json = false;
-    };
-
-    static std::optional<Options> parseReportOptions(const std::vector<std::string>& arguments, std::ostream& errors);
     static int report(const std::vector<std::string>& arguments, std::ostream& output, std::ostream& errors,
         const EnvironmentLookup&, Date now);
     static int entries(const std::vector<std::string>& arguments, std::ostream& output, std::ostream& errors,
