@@ -4,6 +4,8 @@
 #include "activity/EnhancedAccessibility.h"
 #include "product/TextHelpers.h"
 
+#include <utility>
+
 namespace vardel {
 
 namespace {
@@ -25,8 +27,7 @@ void WebAreaTitleInfoExtractor::writeDetailsForActivity(VDActivity& activity)
         return;
     EnhancedAccessibility::ensureEnhancedAccessibility(activity, true);
     auto& title = activity.details.windowTitle;
-    auto saved = std::move(title);
-    title.reset();
+    auto saved = std::exchange(title, std::nullopt);
     auto suffix = applicationNameSuffix(activity);
     for (const AXUIElement& window : *activity.accessibilityWindows) {
         ElementHelpers::findWebAreas(window, &activity);

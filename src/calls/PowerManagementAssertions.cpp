@@ -361,6 +361,7 @@ void appendIfPresent(std::vector<std::string>& parts, std::string_view label, co
 std::string describeQuoted(const std::set<std::string>& texts)
 {
     std::vector<std::string> quoted;
+    quoted.reserve(texts.size());
     for (const std::string& text : texts)
         quoted.push_back("\"" + text + "\"");
     return "[" + TextHelpers::joined(quoted, ", ") + "]";
@@ -369,6 +370,7 @@ std::string describeQuoted(const std::set<std::string>& texts)
 std::string describe(const std::set<ProcessIdentifier>& pids)
 {
     std::vector<std::string> numbers;
+    numbers.reserve(pids.size());
     for (ProcessIdentifier pid : pids)
         numbers.push_back(std::to_string(pid));
     return "[" + TextHelpers::joined(numbers, ", ") + "]";

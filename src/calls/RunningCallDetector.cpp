@@ -320,6 +320,7 @@ void RunningCallDetector::reportParallelCalls(const std::vector<ApplicationAndMe
     if (found.size() < 2 || hasSentAnalyticsEventForMultipleParallelPMAssertions_)
         return;
     std::vector<std::string> keys;
+    keys.reserve(found.size());
     for (const auto& candidate : found)
         keys.push_back(candidate.bundleIdentifier);
     std::sort(keys.begin(), keys.end());

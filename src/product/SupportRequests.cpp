@@ -74,6 +74,7 @@ std::vector<std::pair<std::string, std::string>> storedAttachments(const std::ve
 {
     std::set<std::string> taken = { bodyFileName };
     std::vector<std::pair<std::string, std::string>> stored;
+    stored.reserve(attachments.size());
     for (const SupportAttachment& attachment : attachments)
         stored.emplace_back(uniqueFileName(attachment.fileName, taken), attachment.text);
     return stored;

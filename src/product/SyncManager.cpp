@@ -22,7 +22,7 @@ void SyncManager::synchronize()
         setStatusTitle(upToDateTitle);
         return;
     }
-    updater->updateAfterSync([this, alive = std::weak_ptr<bool>(alive_)](PostSyncUpdater::Result result) {
+    updater->updateAfterSync([this, alive = std::weak_ptr<bool>(alive_)](const PostSyncUpdater::Result& result) {
         if (!alive.lock())
             return;
         if (result.ok()) {

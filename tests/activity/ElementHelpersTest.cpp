@@ -66,7 +66,7 @@ TEST_F(ElementHelpersTest, WithoutScrollAreasTheWebAreaUnderTheWindowsCentreIsFo
     Json link = withId(
         node("AXLink", { { "AXPosition", { { "point", { 390, 340 } } } }, { "AXSize", { { "size", { 20, 20 } } } } }),
         "link");
-    page["children"] = { link };
+    page["children"] = Json::array({ link });
     loadWindow(withId(
         node("AXWindow", { { "AXPosition", { { "point", { 0, 0 } } } }, { "AXSize", { { "size", { 800, 700 } } } } },
             { node("AXGroup", {}, { page }) }),
@@ -84,7 +84,8 @@ TEST_F(ElementHelpersTest, WithoutScrollAreasTheWebAreaUnderTheWindowsCentreIsFo
 TEST_F(ElementHelpersTest, AWindowWithoutScrollAreaOrParentHasNoWebAreas)
 {
     Json scenario = desktopWith(application(501, "com.example.Browser", node("AXApplication")));
-    scenario["applications"][0]["ui"]["children"] = { withId(node("AXWindow", { { "AXParent", nullptr } }), "window") };
+    scenario["applications"][0]["ui"]["children"]
+        = Json::array({ withId(node("AXWindow", { { "AXParent", nullptr } }), "window") });
     load(scenario);
     VDActivity record = activity();
     EXPECT_TRUE(findWebAreas(element("window"), &record).empty());

@@ -135,7 +135,7 @@ TEST_F(VDInfoExtractorTest, AFocusedSheetStandsForItsWindow)
     Json sheet = node("AXSheet", { { "AXTitle", "Save" } });
     sheet["id"] = "sheet";
     Json main = window("main", "Budget.numbers");
-    main["children"] = { sheet };
+    main["children"] = Json::array({ sheet });
     auto activity = sampleWith(desktopWith(editor("com.example.Sheets", { main }, ref("main"), ref("sheet"))));
     ASSERT_TRUE(activity && activity->accessibilityWindows);
     ASSERT_EQ(activity->accessibilityWindows->size(), 1u);

@@ -85,6 +85,7 @@ protected:
         if (showHistoryItem.is_null())
             showHistoryItem
                 = node("AXMenuItem", { { "AXIdentifier", "ShowHistory" }, { "AXTitle", "Show Work History" } });
+        windows = asList(std::move(windows));
         windows.push_back(menuBar(showHistoryItem));
         loadBrowser(
             "com.apple.Safari", std::move(windows), std::move(scenarioKeys), { { "AXMenuBar", ref("menu bar") } });

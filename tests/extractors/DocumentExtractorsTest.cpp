@@ -268,7 +268,7 @@ protected:
 
     Path conversation(const std::string& title, Json toolbarItems, bool withArea = true)
     {
-        Json children = { node("AXToolbar", {}, std::move(toolbarItems)) };
+        Json children = Json::array({ node("AXToolbar", {}, std::move(toolbarItems)) });
         if (withArea)
             children.push_back(conversationArea());
         return extract<ChatGPTInfoExtractor>(

@@ -34,6 +34,7 @@ protected:
     template<typename Extractor>
     VDActivity extract(const std::string& bundleIdentifier, Json windows, Json preferences = Json::object())
     {
+        windows = asList(std::move(windows));
         Json focused = windows.size() > 1 ? ref("focused") : Json();
         Json ui = node(
             "AXApplication", { { "AXMainWindow", ref("main") }, { "AXFocusedWindow", focused } }, std::move(windows));
@@ -150,7 +151,7 @@ Json folderRow(const std::string& id, const std::string& name, const char* paren
 }
 
 struct OutlookMainWindow {
-    Json selectedFolders = { ref("projects") };
+    Json selectedFolders = Json::array({ ref("projects") });
     Json summary = "Subject: Budget, final, Sender: Jane Doe, Received: Monday";
     Json picture = nullptr;
     Json readingPaneSender = "Jane Doe";
@@ -294,7 +295,7 @@ TEST_F(MailExtractorsTest, SparkLeavesTheRecordAloneWhenTheShapeDiffers)
     // A header whose elements list the header again as their child.
     Json header = withId(sparkHeader({ "avatar" }), "header");
     header["children"][0]["AXChildren"] = { ref("header"), ref("header") };
-    header["children"][1]["children"][0]["AXChildren"] = { ref("header") };
+    header["children"][1]["children"][0]["AXChildren"] = Json::array({ ref("header") });
     activity = extract<SparkInfoExtractor>("com.readdle.SparkDesktop", { sparkWindow(header) });
     EXPECT_EQ(activity.details.contextPath, Texts({ "Jane Doe" }));
 }

@@ -91,6 +91,7 @@ protected:
     VDActivityDetails fromWindows(const std::string& bundleIdentifier, Json windows, bool announcingAllowed = false,
         std::optional<std::string> title = std::nullopt)
     {
+        windows = asList(std::move(windows));
         Json scenario = desktopWith(application(501, bundleIdentifier, node("AXApplication", {}, windows)));
         scenario["preferences"] = { { "advancedAccessibilityTrackingEnabled", announcingAllowed } };
         load(scenario);
@@ -160,7 +161,7 @@ TEST_F(MessagingExtractorsTest, TeamsEndsThePathWithTheFirstPartOfItsTitle)
     EXPECT_EQ(fromTitle<MicrosoftTeamsInfoExtractor>("General | Team X").windowTitle, "General | Team X");
 
     // Only the new client is asked to publish its tree.
-    Json windows = { withId(node("AXWindow"), "main") };
+    Json windows = Json::array({ withId(node("AXWindow"), "main") });
     fromWindows<MicrosoftTeamsInfoExtractor>("com.microsoft.teams", windows, true, "General | Team X");
     EXPECT_TRUE(events("process").empty());
     fromWindows<MicrosoftTeamsInfoExtractor>("com.microsoft.teams2", windows, true, "General | Team X");

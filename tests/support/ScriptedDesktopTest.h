@@ -79,11 +79,21 @@ inline Json application(int pid, const std::string& bundleIdentifier, Json ui = 
     return app;
 }
 
+// A list given as { item }: Clang reads a lone item in braces as that item, GCC as a list of it, so
+// helpers that take a list of objects pass it through here.
+inline Json asList(Json items)
+{
+    if (items.is_object())
+        return Json::array({ std::move(items) });
+    return items;
+}
+
 inline Json node(const std::string& role, Json attributes = Json::object(), Json children = Json::array())
 {
     Json made = { { "AXRole", role } };
     for (auto& [key, value] : attributes.items())
         made[key] = value;
+    children = asList(std::move(children));
     if (!children.empty())
         made["children"] = std::move(children);
     return made;

@@ -138,7 +138,7 @@ struct InotifyFileEventStream::State : std::enable_shared_from_this<State> {
     void readAvailable()
     {
         // Aligned for the kernel's records, and large enough for several with long names.
-        alignas(inotify_event) std::array<char, 16 * 1024> buffer;
+        alignas(inotify_event) std::array<char, std::size_t { 16 } * 1024> buffer;
         while (fileDescriptor >= 0) {
             ssize_t length = read(fileDescriptor, buffer.data(), buffer.size());
             if (length <= 0)

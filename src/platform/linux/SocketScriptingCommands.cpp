@@ -21,7 +21,7 @@ void SocketScriptingCommands::open()
         log_.warning("No XDG_RUNTIME_DIR: vardel pause and vardel resume cannot reach the tracker");
         return;
     }
-    auto deliver = [this](ScriptingCommandRequest request) {
+    auto deliver = [this](const ScriptingCommandRequest& request) {
         if (handler_)
             handler_(request);
     };

@@ -16,6 +16,7 @@ std::vector<Rect> X11WindowServer::bottomLeftOriginFrames(const std::vector<Rect
     const Rect& primary = topLeftFrames.front();
     double primaryBottom = primary.origin.y + primary.size.height;
     std::vector<Rect> frames;
+    frames.reserve(topLeftFrames.size());
     for (const Rect& frame : topLeftFrames) {
         frames.push_back({ { frame.origin.x - primary.origin.x, primaryBottom - (frame.origin.y + frame.size.height) },
             frame.size });

@@ -64,6 +64,7 @@ void DesktopWorld::terminate(ProcessIdentifier pid)
 void DesktopWorld::launch(const std::vector<ApplicationDescription>& launched)
 {
     std::vector<size_t> installed;
+    installed.reserve(launched.size());
     for (const auto& application : launched)
         installed.push_back(install(application));
     buildTrees(installed);

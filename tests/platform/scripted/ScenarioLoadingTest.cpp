@@ -123,28 +123,29 @@ TEST(ScenarioLoading, OwnBundleInformationIsAFileUnlessThePropertyListsSayOtherw
     EXPECT_TRUE(read(R"({"plists": {"/Applications/VardelHelper.app/Contents/Info.plist": null}})").plists.empty());
 }
 
-Json chainOfElements(size_t depth)
+// A scenario whose one application's tree is a chain of elements "level1" to "levelN", written as
+// text: the JSON library's printer recurses, and a sanitizer's stack frames do not fit it that deep.
+std::string scenarioWithChainOfElements(size_t depth)
 {
-    Json root = { { "id", "level1" } };
-    Json* current = &root;
-    for (size_t level = 2; level <= depth; ++level) {
-        (*current)["children"] = Json::array({ { { "id", "level" + std::to_string(level) } } });
-        current = &(*current)["children"][0];
-    }
-    return root;
+    std::string text = R"({"applications": [{"pid": 1, "ui": )";
+    for (size_t level = 1; level < depth; ++level)
+        text += R"({"id": "level)" + std::to_string(level) + R"(", "children": [)";
+    text += R"({"id": "level)" + std::to_string(depth) + R"("})";
+    for (size_t level = 1; level < depth; ++level)
+        text += "]}";
+    return text + "}]}";
 }
 
 TEST(ScenarioLoading, ElementTreesMayNestAThousandLevels)
 {
-    auto desktop = desktopFrom({ { "applications", { { { "pid", 1 }, { "ui", chainOfElements(1000) } } } } });
+    auto desktop = ScriptedDesktop::fromJson(scenarioWithChainOfElements(1000));
     auto deepest = element(*desktop, "level1000");
     auto parent = desktop->accessibility().copyAttributeValue(deepest, "AXParent");
     ASSERT_TRUE(parent.ok());
     EXPECT_EQ(*parent.value->asElement(), element(*desktop, "level999"));
 
-    Json tooDeep = { { "applications", { { { "pid", 1 }, { "ui", chainOfElements(1001) } } } } };
-    EXPECT_EQ(
-        loadError(tooDeep.dump()), "scenario.json: $.applications[0].ui: elements nested deeper than 1000 levels");
+    EXPECT_EQ(loadError(scenarioWithChainOfElements(1001)),
+        "scenario.json: $.applications[0].ui: elements nested deeper than 1000 levels");
 }
 
 TEST(ScenarioLoading, HostileNestingIsAnErrorNotACrash)
