@@ -3,6 +3,7 @@
 
 #include "extractors/BuiltInExtractors.h"
 #include "platform/JsonLinesTrace.h"
+#include "platform/OwnerOnlyFiles.h"
 #include "platform/Platform.h"
 #include "platform/scripted/ScriptedDesktop.h"
 #include "product/AnalyticsWrapper.h"
@@ -23,9 +24,11 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <sys/signalfd.h>
 #include <unistd.h>
@@ -41,13 +44,29 @@ const char* environment(const char* name)
     return value && *value ? value : nullptr;
 }
 
-// The trace destination: standard output for "-", else the named file.
-std::ostream* openTrace(const char* destination, std::ofstream& file)
+// Where VARDEL_TRACE sends the trace: standard output for "-", else the named file opened into file;
+// nullptr when no trace is asked for, nothing (said on standard error) when the file cannot be written.
+std::optional<std::ostream*> requestedTrace(std::ofstream& file)
 {
+    const char* destination = environment("VARDEL_TRACE");
+    if (!destination)
+        return nullptr;
     if (std::string(destination) == "-")
         return &std::cout;
     file.open(destination, std::ios::out | std::ios::trunc);
-    return file ? &file : nullptr;
+    if (!file) {
+        std::cerr << "vardel-tracker: cannot write the trace to " << destination << '\n';
+        return std::nullopt;
+    }
+    return &file;
+}
+
+// What an older version or a looser umask left readable by others becomes the user's alone.
+void restrictToOwner(const std::filesystem::path& folder)
+{
+    if (auto changed = vardel::OwnerOnlyFiles::tighten(folder))
+        vardel::platform().log().info(
+            "Made " + std::to_string(changed) + " entries in " + folder.string() + " readable by their owner only");
 }
 
 // The product's stores live in the data folder; the scenario may say the database is unavailable.
@@ -55,6 +74,7 @@ void configureProductStores(bool databaseAvailable)
 {
     auto dataFolder = vardel::DataFolder::fromEnvironment(std::getenv);
     if (dataFolder) {
+        restrictToOwner(*dataFolder);
         vardel::AnalyticsWrapper::sharedInstance().configure(*dataFolder);
         vardel::SupportRequests::sharedInstance().configure(*dataFolder);
     }
@@ -93,14 +113,11 @@ int runOnScriptedDesktop(const char* scenario, const std::vector<std::string>& a
     }
 
     std::ofstream traceFile;
-    if (const char* traceDestination = environment("VARDEL_TRACE")) {
-        std::ostream* trace = openTrace(traceDestination, traceFile);
-        if (!trace) {
-            std::cerr << "vardel-tracker: cannot write the trace to " << traceDestination << '\n';
-            return usageErrorStatus;
-        }
-        desktop->setTraceStream(trace);
-    }
+    auto traceStream = requestedTrace(traceFile);
+    if (!traceStream)
+        return usageErrorStatus;
+    if (*traceStream)
+        desktop->setTraceStream(*traceStream);
 
     vardel::Platform::install(desktop.get());
     configureProductStores(desktop->databaseAvailable());
@@ -150,14 +167,11 @@ int runOnLinuxDesktop(const std::vector<std::string>& arguments)
     vardel::JsonLinesTrace trace(
         [start] { return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(); });
     std::ofstream traceFile;
-    if (const char* traceDestination = environment("VARDEL_TRACE")) {
-        std::ostream* stream = openTrace(traceDestination, traceFile);
-        if (!stream) {
-            std::cerr << "vardel-tracker: cannot write the trace to " << traceDestination << '\n';
-            return usageErrorStatus;
-        }
-        trace.setStream(stream);
-    }
+    auto traceStream = requestedTrace(traceFile);
+    if (!traceStream)
+        return usageErrorStatus;
+    if (*traceStream)
+        trace.setStream(*traceStream);
 
     vardel::linux_desktop::StandardErrorLog storeLog(trace);
     auto configuration = vardel::JsonFilePreferenceStore::configurationFolder(std::getenv);
@@ -179,6 +193,7 @@ int runOnLinuxDesktop(const std::vector<std::string>& arguments)
     stopOnTerminationSignals(desktop->pollRunLoop(), signalDescriptor);
 
     vardel::Platform::install(desktop.get());
+    restrictToOwner(*configuration);
     configureProductStores(true);
     int status = runTracker(*desktop, arguments);
     finish(*desktop, status, desktop->stopReason());
@@ -191,6 +206,7 @@ int runOnLinuxDesktop(const std::vector<std::string>& arguments)
 int main(int argc, char** argv)
 {
     std::vector<std::string> arguments(argv, argv + argc);
+    vardel::OwnerOnlyFiles::restrictNewFiles();
     if (const char* scenario = environment("VARDEL_DESKTOP"))
         return runOnScriptedDesktop(scenario, arguments);
 #if VARDEL_WITH_LINUX_DESKTOP

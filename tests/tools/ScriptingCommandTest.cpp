@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstring>
 #include <future>
@@ -13,6 +14,7 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace vardel {
@@ -89,6 +91,47 @@ TEST_F(ScriptingCommandTest, OnlyTheUserCanReachTheSocket)
     EXPECT_EQ(permissions(socket()), 0600u);
     server.reset();
     EXPECT_FALSE(std::filesystem::exists(socket()));
+}
+
+TEST_F(ScriptingCommandTest, AnotherUserIsRefusedEvenWhereLoosenedModesLetItConnect)
+{
+    if (::getuid() != 0)
+        GTEST_SKIP() << "acting as another user needs root";
+    auto server = startServer();
+    for (const auto& folder : { runtime_.path(), socket().parent_path() })
+        ::chmod(folder.c_str(), 0755);
+    ::chmod(socket().c_str(), 0666);
+
+    int answerPipe[2];
+    ASSERT_EQ(::pipe(answerPipe), 0);
+    // Forked before any other thread runs; the child is "nobody".
+    pid_t child = ::fork();
+    if (child == 0) {
+        ::close(answerPipe[0]);
+        if (::setgid(65534) != 0 || ::setuid(65534) != 0)
+            ::_exit(2);
+        std::string answer = ScriptingCommandClient::send(socket(), "pause 5").text;
+        ::_exit(::write(answerPipe[1], answer.data(), answer.size()) < 0 ? 3 : 0);
+    }
+    ::close(answerPipe[1]);
+    std::string answer;
+    char buffer[256];
+    for (ssize_t count = 1; count > 0;) {
+        pollfd ready[] { { server->fileDescriptor(), POLLIN, 0 }, { answerPipe[0], POLLIN, 0 } };
+        ::poll(ready, 2, 1000);
+        server->serveReadyConnections();
+        if (ready[1].revents == 0)
+            continue;
+        count = ::read(answerPipe[0], buffer, sizeof buffer);
+        answer.append(buffer, static_cast<size_t>(std::max<ssize_t>(count, 0)));
+    }
+    ::close(answerPipe[0]);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(answer, "error: only the user who runs the tracker may command it");
+    EXPECT_TRUE(pauses_.empty());
 }
 
 TEST_F(ScriptingCommandTest, ADeadTrackersSocketIsReplacedButALiveOneIsNotTaken)

@@ -128,6 +128,15 @@ void sendAll(int connection, const std::string& text)
     }
 }
 
+// The socket's modes already keep other users out; the peer's own credentials still decide, so that a
+// loosened folder or socket file does not hand the tracker to them.
+bool fromTheSameUser(int connection)
+{
+    ucred peer {};
+    socklen_t length = sizeof peer;
+    return ::getsockopt(connection, SOL_SOCKET, SO_PEERCRED, &peer, &length) == 0 && peer.uid == ::getuid();
+}
+
 } // namespace
 
 std::optional<std::filesystem::path> ScriptingCommandServer::socketPath(const EnvironmentLookup& environment)
@@ -185,10 +194,15 @@ void ScriptingCommandServer::serveReadyConnections()
 
 void ScriptingCommandServer::serve(int connection)
 {
+    // The request is read even from another user, so that the refusal reaches a client still writing.
     std::string request = readRequest(connection);
     // A client that only checks whether a tracker listens sends nothing and expects nothing.
     if (trimmed(request).empty())
         return;
+    if (!fromTheSameUser(connection)) {
+        sendAll(connection, "error: only the user who runs the tracker may command it\n");
+        return;
+    }
     sendAll(connection, answer(request) + "\n");
 }
 
