@@ -2,6 +2,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cmath>
+#include <string>
+
 namespace vardel {
 
 namespace {
@@ -38,6 +41,21 @@ ActivitySpan spanAtRow(const SqliteStatement& row)
     return { row.integerColumn(0), Date { row.realColumn(1) }, Date { row.realColumn(2) }, std::move(activity) };
 }
 
+// Keeps the longest span's length, rounded up to whole seconds, in the meta table.
+std::optional<DatabaseError> noteLength(SqliteConnection& connection, const ActivitySpan& span)
+{
+    auto prepared = connection.prepare("INSERT INTO meta (key, value) VALUES ('longest_span_seconds', ?1) "
+                                       "ON CONFLICT (key) DO UPDATE SET value = max(value, excluded.value)");
+    if (!prepared.ok())
+        return prepared.error();
+    SqliteStatement update = std::move(prepared).value();
+    update.bind(1, static_cast<int64_t>(std::ceil(span.end.secondsSince1970 - span.start.secondsSince1970)));
+    auto done = update.step();
+    if (!done.ok())
+        return done.error();
+    return std::nullopt;
+}
+
 } // namespace
 
 DatabaseResult<int64_t> ActivitySpanTable::save(SqliteConnection& connection, const ActivitySpan& span)
@@ -67,7 +85,10 @@ DatabaseResult<int64_t> ActivitySpanTable::save(SqliteConnection& connection, co
     auto done = insert.step();
     if (!done.ok())
         return done.error();
-    return span.id.value_or(connection.lastInsertRowIdentifier());
+    int64_t identifier = span.id.value_or(connection.lastInsertRowIdentifier());
+    if (auto failed = noteLength(connection, span))
+        return *failed;
+    return identifier;
 }
 
 DatabaseResult<std::vector<ActivitySpan>> ActivitySpanTable::overlapping(
@@ -75,8 +96,8 @@ DatabaseResult<std::vector<ActivitySpan>> ActivitySpanTable::overlapping(
 {
     auto prepared = connection.prepare(
         "SELECT id, started_at, ended_at, bundle_identifier, application_name, window_title, document_path, "
-        "document_title, context_path, is_private, is_fullscreen FROM activity_spans "
-        "WHERE ended_at > ?1 AND started_at < ?2 ORDER BY started_at, id");
+        "document_title, context_path, is_private, is_fullscreen FROM activity_spans WHERE "
+        + std::string(ActivitySpanTable::overlapsRange) + " ORDER BY started_at, id");
     if (!prepared.ok())
         return prepared.error();
     SqliteStatement query = std::move(prepared).value();
@@ -90,8 +111,9 @@ DatabaseResult<std::vector<ActivitySpan>> ActivitySpanTable::overlapping(
 
 DatabaseResult<double> ActivitySpanTable::totalSecondsBetween(SqliteConnection& connection, Date from, Date to)
 {
-    auto prepared = connection.prepare("SELECT total(min(ended_at, ?2) - max(started_at, ?1)) FROM activity_spans "
-                                       "WHERE ended_at > ?1 AND started_at < ?2");
+    auto prepared
+        = connection.prepare("SELECT total(min(ended_at, ?2) - max(started_at, ?1)) FROM activity_spans WHERE "
+            + std::string(ActivitySpanTable::overlapsRange));
     if (!prepared.ok())
         return prepared.error();
     SqliteStatement query = std::move(prepared).value();

@@ -50,6 +50,15 @@ constexpr std::array migrations = {
             refreshed_at REAL
         );
     )sql",
+    // Spans are looked up by their start, bounded from below by the longest span stored, which the
+    // meta table keeps: a day's report then reads that day's rows and not every row after it.
+    R"sql(
+        CREATE INDEX activity_spans_by_start ON activity_spans (started_at);
+        DROP INDEX activity_spans_by_end;
+        INSERT OR REPLACE INTO meta (key, value)
+            SELECT 'longest_span_seconds', CAST(COALESCE(max(ended_at - started_at), 0) AS INTEGER) + 1
+            FROM activity_spans;
+    )sql",
 };
 static_assert(migrations.size() == DatabaseSchema::currentVersion);
 

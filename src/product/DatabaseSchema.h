@@ -13,7 +13,7 @@ namespace vardel {
 // at a time.
 class DatabaseSchema {
 public:
-    static constexpr int currentVersion = 2;
+    static constexpr int currentVersion = 3;
 
     // Brings the file to the current version in one transaction. A file from a newer version that
     // this one cannot safely change is refused and left untouched.

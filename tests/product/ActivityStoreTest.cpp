@@ -1,4 +1,5 @@
 #include "platform/ValueJson.h"
+#include "product/ActivitySpanTable.h"
 #include "product/ActivityWriter.h"
 #include "product/DatabaseBackups.h"
 #include "product/DatabaseWrapper.h"
@@ -232,7 +233,7 @@ TEST_F(ActivityStoreTest, AVersionOneFileGainsTheSpansAndKeepsItsEntries)
     sampleEverySecond(0, 3, inApplication("Editor"));
     ASSERT_TRUE(writer().flush());
 
-    EXPECT_EQ(querySql(databaseFile(), "SELECT value FROM meta WHERE key = 'version'"), "2");
+    EXPECT_EQ(querySql(databaseFile(), "SELECT value FROM meta WHERE key = 'version'"), "3");
     EXPECT_EQ(querySql(databaseFile(), "SELECT title FROM time_entries"), "Planning");
     EXPECT_EQ(querySql(databaseFile(), "SELECT count(*) FROM activity_spans"), "1");
     EXPECT_EQ(querySql(databaseFile(), "SELECT count(*) FROM integrations"), "0");
@@ -248,6 +249,66 @@ TEST_F(ActivityStoreTest, TotalCountsOnlyThePartsOfSpansInsideTheRange)
     auto total = DatabaseWrapper::sharedInstance().database()->totalActivitySecondsBetween(at(0), at(250));
     ASSERT_TRUE(total.ok());
     EXPECT_DOUBLE_EQ(total.value(), 50 + 40 + 50);
+}
+
+TEST_F(ActivityStoreTest, ARangeIsReadThroughTheStartIndexBoundedOnBothSides)
+{
+    std::vector<ActivitySpan> spans = { span(0, 10, inApplication("Editor")) };
+    ASSERT_FALSE(DatabaseWrapper::sharedInstance().database()->saveActivitySpans(spans));
+
+    sqlite3* connection = nullptr;
+    ASSERT_EQ(sqlite3_open(databaseFile().c_str(), &connection), SQLITE_OK);
+    std::string plan;
+    std::string explain
+        = std::string("EXPLAIN QUERY PLAN SELECT id FROM activity_spans WHERE ") + ActivitySpanTable::overlapsRange;
+    sqlite3_exec(
+        connection, explain.c_str(),
+        [](void* into, int, char** values, char**) {
+            *static_cast<std::string*>(into) += std::string(values[3]) + "\n";
+            return 0;
+        },
+        &plan, nullptr);
+    sqlite3_close(connection);
+    EXPECT_NE(plan.find("SEARCH activity_spans USING INDEX activity_spans_by_start (started_at>? AND started_at<?)"),
+        std::string::npos)
+        << plan;
+}
+
+TEST_F(ActivityStoreTest, ASpanLongerThanTheRangeStartingDaysBeforeItIsStillFound)
+{
+    std::vector<ActivitySpan> spans = { span(-3 * 86400, -3 * 86400 + 60, inApplication("Mail")),
+        span(-2 * 86400, 86400, inApplication("Editor")), span(3600, 3660, inApplication("Mail")) };
+    ASSERT_FALSE(DatabaseWrapper::sharedInstance().database()->saveActivitySpans(spans));
+    EXPECT_EQ(querySql(databaseFile(), "SELECT value FROM meta WHERE key = 'longest_span_seconds'"), "259200");
+
+    auto found = DatabaseWrapper::sharedInstance().database()->activitySpansInRange(at(0), at(7200));
+    ASSERT_TRUE(found.ok());
+    ASSERT_EQ(found.value().size(), 2u);
+    EXPECT_EQ(found.value()[0].start, at(-2 * 86400));
+    EXPECT_EQ(found.value()[1].start, at(3600));
+    auto total = DatabaseWrapper::sharedInstance().database()->totalActivitySecondsBetween(at(0), at(7200));
+    ASSERT_TRUE(total.ok());
+    EXPECT_DOUBLE_EQ(total.value(), 7200 + 60);
+}
+
+TEST_F(ActivityStoreTest, AVersionTwoFileLearnsItsLongestSpan)
+{
+    DatabaseWrapper::sharedInstance().configureUnavailable();
+    std::filesystem::remove(databaseFile());
+    querySql(databaseFile(),
+        "CREATE TABLE meta (key TEXT PRIMARY KEY NOT NULL, value INTEGER NOT NULL);"
+        "INSERT INTO meta VALUES ('version', 2), ('last_compatible_version', 2);"
+        "CREATE TABLE activity_spans (id INTEGER PRIMARY KEY, started_at REAL NOT NULL, ended_at REAL NOT NULL,"
+        " bundle_identifier TEXT, application_name TEXT, window_title TEXT, document_path TEXT,"
+        " document_title TEXT, context_path TEXT, is_private INTEGER NOT NULL DEFAULT 0,"
+        " is_fullscreen INTEGER NOT NULL DEFAULT 0, CHECK (ended_at >= started_at));"
+        "CREATE INDEX activity_spans_by_end ON activity_spans (ended_at);"
+        "INSERT INTO activity_spans (started_at, ended_at, application_name) VALUES (1767430800.5, 1767607200, "
+        "'Editor');");
+
+    ASSERT_EQ(storedSpans(folder_.path()).size(), 1u);
+    EXPECT_EQ(querySql(databaseFile(), "SELECT value FROM meta WHERE key = 'longest_span_seconds'"), "176400");
+    EXPECT_EQ(querySql(databaseFile(), "SELECT value FROM meta WHERE key = 'version'"), "3");
 }
 
 TEST_F(ActivityStoreTest, BackupsAreWholeDatabasesAndOnlyTheNewestSevenStay)
@@ -268,7 +329,7 @@ TEST_F(ActivityStoreTest, BackupsAreWholeDatabasesAndOnlyTheNewestSevenStay)
     EXPECT_TRUE(std::filesystem::exists(backups / "notes.txt"));
     // The backup holds what the writer had not yet written when it was taken.
     EXPECT_EQ(querySql(kept.front(), "SELECT ended_at - started_at FROM activity_spans"), "3.0");
-    EXPECT_EQ(querySql(kept.front(), "SELECT value FROM meta WHERE key = 'version'"), "2");
+    EXPECT_EQ(querySql(kept.front(), "SELECT value FROM meta WHERE key = 'version'"), "3");
 }
 
 TEST_F(ActivityStoreTest, SyncRefreshesTheIntegrationsAndReportsUpToDate)

@@ -115,8 +115,8 @@ TEST_F(DatabaseTest, NewFileUsesWriteAheadLogAndRecordsItsSchemaVersion)
 {
     ASSERT_TRUE(open());
     EXPECT_EQ(querySql(file(), "PRAGMA journal_mode"), "wal");
-    EXPECT_EQ(querySql(file(), "SELECT value FROM meta WHERE key = 'version'"), "2");
-    EXPECT_EQ(querySql(file(), "SELECT value FROM meta WHERE key = 'last_compatible_version'"), "2");
+    EXPECT_EQ(querySql(file(), "SELECT value FROM meta WHERE key = 'version'"), "3");
+    EXPECT_EQ(querySql(file(), "SELECT value FROM meta WHERE key = 'last_compatible_version'"), "3");
 }
 
 TEST_F(DatabaseTest, UnversionedAndOlderFilesAreMigratedWithoutLosingTheirData)
@@ -131,7 +131,7 @@ TEST_F(DatabaseTest, UnversionedAndOlderFilesAreMigratedWithoutLosingTheirData)
         ASSERT_TRUE(database) << older;
         EXPECT_TRUE(create(*database, entry("Planning", "2026-01-05T09:00:00Z", "2026-01-05T10:00:00Z")));
         database.reset();
-        EXPECT_EQ(querySql(file(), "SELECT value FROM meta WHERE key = 'version'"), "2");
+        EXPECT_EQ(querySql(file(), "SELECT value FROM meta WHERE key = 'version'"), "3");
         EXPECT_EQ(querySql(file(), "SELECT text FROM notes"), "keep me");
         EXPECT_EQ(querySql(file(), "SELECT count(*) FROM time_entries"), "1");
     }
@@ -141,7 +141,7 @@ TEST_F(DatabaseTest, NewerSchemaIsOpenedOnlyWhenItDeclaresItselfCompatible)
 {
     querySql(file(),
         "CREATE TABLE meta (key TEXT PRIMARY KEY NOT NULL, value INTEGER NOT NULL);"
-        "INSERT INTO meta VALUES ('version', 4), ('last_compatible_version', 3);");
+        "INSERT INTO meta VALUES ('version', 5), ('last_compatible_version', 4);");
     auto refused = Database::open(folder_.path());
     ASSERT_FALSE(refused.ok());
     EXPECT_EQ(refused.error().kind, DatabaseError::Kind::newerSchema);
@@ -149,7 +149,7 @@ TEST_F(DatabaseTest, NewerSchemaIsOpenedOnlyWhenItDeclaresItselfCompatible)
 
     querySql(file(), "UPDATE meta SET value = 1 WHERE key = 'last_compatible_version'");
     EXPECT_TRUE(Database::open(folder_.path()).ok());
-    EXPECT_EQ(querySql(file(), "SELECT value FROM meta WHERE key = 'version'"), "4");
+    EXPECT_EQ(querySql(file(), "SELECT value FROM meta WHERE key = 'version'"), "5");
 }
 
 TEST_F(DatabaseTest, ShortEntriesAreRefusedBelowOneMinuteOnlyWhenPrevented)
