@@ -1,5 +1,7 @@
 #include "platform/linux/AccessibilityBusStatus.h"
 
+#include "platform/linux/GLibHandles.h"
+
 #include <gio/gio.h>
 
 namespace vardel::linux_desktop::AccessibilityBusStatus {
@@ -8,47 +10,38 @@ namespace {
 
 constexpr int callTimeoutMilliseconds = 1000;
 
-GVariant* callProperties(const char* method, GVariant* parameters, const GVariantType* replyType)
+GVariantHandle callProperties(const char* method, GVariant* parameters, const GVariantType* replyType)
 {
-    GDBusConnection* bus = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr);
-    if (!bus) {
-        if (parameters)
-            g_variant_unref(g_variant_ref_sink(parameters));
+    // The parameters are floating: owned here until the call takes them.
+    GVariantHandle ownedParameters(parameters ? g_variant_ref_sink(parameters) : nullptr);
+    GObjectHandle<GDBusConnection> bus(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
+    if (!bus)
         return nullptr;
-    }
-    GVariant* reply
-        = g_dbus_connection_call_sync(bus, "org.a11y.Bus", "/org/a11y/bus", "org.freedesktop.DBus.Properties", method,
-            parameters, replyType, G_DBUS_CALL_FLAGS_NONE, callTimeoutMilliseconds, nullptr, nullptr);
-    g_object_unref(bus);
-    return reply;
+    return GVariantHandle(g_dbus_connection_call_sync(bus.get(), "org.a11y.Bus", "/org/a11y/bus",
+        "org.freedesktop.DBus.Properties", method, ownedParameters.get(), replyType, G_DBUS_CALL_FLAGS_NONE,
+        callTimeoutMilliseconds, nullptr, nullptr));
 }
 
 } // namespace
 
 std::optional<bool> isEnabled()
 {
-    GVariant* reply
-        = callProperties("Get", g_variant_new("(ss)", "org.a11y.Status", "IsEnabled"), G_VARIANT_TYPE("(v)"));
+    auto reply = callProperties("Get", g_variant_new("(ss)", "org.a11y.Status", "IsEnabled"), G_VARIANT_TYPE("(v)"));
     if (!reply)
         return std::nullopt;
-    GVariant* value = nullptr;
-    g_variant_get(reply, "(v)", &value);
-    std::optional<bool> enabled;
-    if (g_variant_is_of_type(value, G_VARIANT_TYPE_BOOLEAN))
-        enabled = g_variant_get_boolean(value);
-    g_variant_unref(value);
-    g_variant_unref(reply);
-    return enabled;
+    GVariant* unpacked = nullptr;
+    g_variant_get(reply.get(), "(v)", &unpacked);
+    GVariantHandle value(unpacked);
+    if (!g_variant_is_of_type(value.get(), G_VARIANT_TYPE_BOOLEAN))
+        return std::nullopt;
+    return g_variant_get_boolean(value.get());
 }
 
 bool enable()
 {
-    GVariant* reply = callProperties(
-        "Set", g_variant_new("(ssv)", "org.a11y.Status", "IsEnabled", g_variant_new_boolean(TRUE)), nullptr);
-    if (!reply)
-        return false;
-    g_variant_unref(reply);
-    return true;
+    return callProperties(
+               "Set", g_variant_new("(ssv)", "org.a11y.Status", "IsEnabled", g_variant_new_boolean(TRUE)), nullptr)
+        != nullptr;
 }
 
 } // namespace vardel::linux_desktop::AccessibilityBusStatus

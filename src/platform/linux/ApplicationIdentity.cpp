@@ -1,5 +1,7 @@
 #include "platform/linux/ApplicationIdentity.h"
 
+#include "platform/linux/GLibHandles.h"
+
 #include <filesystem>
 #include <fstream>
 #include <glib.h>
@@ -40,16 +42,14 @@ std::optional<std::string> environmentVariable(ProcessIdentifier pid, std::strin
 
 std::optional<std::string> flatpakApplicationId(ProcessIdentifier pid)
 {
-    GKeyFile* file = g_key_file_new();
-    std::optional<std::string> id;
-    if (g_key_file_load_from_file(file, (procPath(pid, "root") + "/.flatpak-info").c_str(), G_KEY_FILE_NONE, nullptr)) {
-        gchar* name = g_key_file_get_string(file, "Application", "name", nullptr);
-        if (name && *name)
-            id = name;
-        g_free(name);
-    }
-    g_key_file_free(file);
-    return id;
+    GKeyFileHandle file(g_key_file_new());
+    if (!g_key_file_load_from_file(
+            file.get(), (procPath(pid, "root") + "/.flatpak-info").c_str(), G_KEY_FILE_NONE, nullptr))
+        return std::nullopt;
+    GMallocHandle<gchar> name(g_key_file_get_string(file.get(), "Application", "name", nullptr));
+    if (!name || !*name)
+        return std::nullopt;
+    return std::string(name.get());
 }
 
 // An application the desktop entries do not list, known by its id only.

@@ -1,5 +1,7 @@
 #include "platform/linux/DesktopEntries.h"
 
+#include "platform/linux/GLibHandles.h"
+
 #include <algorithm>
 #include <array>
 #include <filesystem>
@@ -41,16 +43,15 @@ std::string resolvedExecutable(const char* program)
         return "";
     if (program[0] == '/')
         return program;
-    gchar* found = g_find_program_in_path(program);
-    std::string resolved = text(found);
-    g_free(found);
-    return resolved;
+    GMallocHandle<gchar> found(g_find_program_in_path(program));
+    return text(found.get());
 }
 
-std::optional<DesktopEntry> entryOf(GDesktopAppInfo* info)
+std::optional<DesktopEntry> entryOf(GObjectHandle<GDesktopAppInfo> owned)
 {
-    if (!info)
+    if (!owned)
         return std::nullopt;
+    GDesktopAppInfo* info = owned.get();
     GAppInfo* application = G_APP_INFO(info);
     DesktopEntry entry;
     entry.id = withoutDesktopSuffix(text(g_app_info_get_id(application)));
@@ -58,12 +59,9 @@ std::optional<DesktopEntry> entryOf(GDesktopAppInfo* info)
     if (entry.id.empty())
         entry.id = withoutDesktopSuffix(std::filesystem::path(entry.path).filename().string());
     entry.name = text(g_app_info_get_name(application));
-    gchar* icon = g_desktop_app_info_get_string(info, "Icon");
-    entry.icon = text(icon);
-    g_free(icon);
+    entry.icon = text(GMallocHandle<gchar>(g_desktop_app_info_get_string(info, "Icon")).get());
     entry.executable = resolvedExecutable(g_app_info_get_executable(application));
     entry.startupWindowClass = text(g_desktop_app_info_get_startup_wm_class(info));
-    g_object_unref(info);
     return entry;
 }
 
@@ -90,14 +88,14 @@ std::optional<DesktopEntry> DesktopEntries::withId(const std::string& id) const
 {
     if (id.empty())
         return std::nullopt;
-    return entryOf(g_desktop_app_info_new((id + ".desktop").c_str()));
+    return entryOf(GObjectHandle<GDesktopAppInfo>(g_desktop_app_info_new((id + ".desktop").c_str())));
 }
 
 std::optional<DesktopEntry> DesktopEntries::atPath(const std::string& path) const
 {
     if (!path.ends_with(".desktop"))
         return std::nullopt;
-    return entryOf(g_desktop_app_info_new_from_filename(path.c_str()));
+    return entryOf(GObjectHandle<GDesktopAppInfo>(g_desktop_app_info_new_from_filename(path.c_str())));
 }
 
 const std::vector<DesktopEntry>& DesktopEntries::installed()
@@ -107,14 +105,14 @@ const std::vector<DesktopEntry>& DesktopEntries::installed()
         return installed_;
     installed_.clear();
     loadedAt_ = now;
-    GList* all = g_app_info_get_all();
-    for (GList* item = all; item; item = item->next) {
-        if (G_IS_DESKTOP_APP_INFO(item->data)) {
-            if (auto entry = entryOf(G_DESKTOP_APP_INFO(g_object_ref(item->data))))
-                installed_.push_back(std::move(*entry));
-        }
+    GObjectListHandle all(g_app_info_get_all());
+    for (GList* item = all.get(); item; item = item->next) {
+        if (!G_IS_DESKTOP_APP_INFO(item->data))
+            continue;
+        GObjectHandle<GDesktopAppInfo> info(G_DESKTOP_APP_INFO(g_object_ref(item->data)));
+        if (auto entry = entryOf(std::move(info)))
+            installed_.push_back(std::move(*entry));
     }
-    g_list_free_full(all, g_object_unref);
     return installed_;
 }
 

@@ -47,19 +47,18 @@ DesktopNotificationCenter::DesktopNotificationCenter(EventTrace& trace, Log& log
 {
     if (!bus_)
         return;
-    actionSubscription_ = g_dbus_connection_signal_subscribe(bus_, nullptr, service, "ActionInvoked", objectPath,
+    actionSubscription_ = g_dbus_connection_signal_subscribe(bus_.get(), nullptr, service, "ActionInvoked", objectPath,
         nullptr, G_DBUS_SIGNAL_FLAGS_NONE, onActionInvoked, this, nullptr);
-    closedSubscription_ = g_dbus_connection_signal_subscribe(bus_, nullptr, service, "NotificationClosed", objectPath,
-        nullptr, G_DBUS_SIGNAL_FLAGS_NONE, onClosed, this, nullptr);
+    closedSubscription_ = g_dbus_connection_signal_subscribe(bus_.get(), nullptr, service, "NotificationClosed",
+        objectPath, nullptr, G_DBUS_SIGNAL_FLAGS_NONE, onClosed, this, nullptr);
 }
 
 DesktopNotificationCenter::~DesktopNotificationCenter()
 {
     if (!bus_)
         return;
-    g_dbus_connection_signal_unsubscribe(bus_, actionSubscription_);
-    g_dbus_connection_signal_unsubscribe(bus_, closedSubscription_);
-    g_object_unref(bus_);
+    g_dbus_connection_signal_unsubscribe(bus_.get(), actionSubscription_);
+    g_dbus_connection_signal_unsubscribe(bus_.get(), closedSubscription_);
 }
 
 void DesktopNotificationCenter::registerCategory(const std::string& identifier,
@@ -91,15 +90,14 @@ void DesktopNotificationCenter::deliver(const UserNotification& notification)
     g_variant_builder_init(&hints, G_VARIANT_TYPE("a{sv}"));
     if (!notification.playsSound)
         g_variant_builder_add(&hints, "{sv}", "suppress-sound", g_variant_new_boolean(TRUE));
-    GVariant* reply = g_dbus_connection_call_sync(bus_, service, objectPath, service, "Notify",
+    GVariantHandle reply(g_dbus_connection_call_sync(bus_.get(), service, objectPath, service, "Notify",
         g_variant_new("(susssasa{sv}i)", applicationName, 0u, "", notification.title.c_str(), notification.body.c_str(),
             &actions, &hints, -1),
-        G_VARIANT_TYPE("(u)"), G_DBUS_CALL_FLAGS_NONE, notifyTimeoutMilliseconds, nullptr, nullptr);
+        G_VARIANT_TYPE("(u)"), G_DBUS_CALL_FLAGS_NONE, notifyTimeoutMilliseconds, nullptr, nullptr));
     if (!reply)
         return;
     guint32 id = 0;
-    g_variant_get(reply, "(u)", &id);
-    g_variant_unref(reply);
+    g_variant_get(reply.get(), "(u)", &id);
     delivered_.insert_or_assign(id, Delivered { notification.categoryIdentifier, notification.userInfo });
 }
 

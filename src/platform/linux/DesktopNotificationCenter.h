@@ -3,6 +3,7 @@
 #include "platform/EventTrace.h"
 #include "platform/Log.h"
 #include "platform/UserNotificationCenter.h"
+#include "platform/linux/GLibHandles.h"
 
 #include <map>
 #include <string>
@@ -43,7 +44,7 @@ private:
 
     EventTrace& trace_;
     Log& log_;
-    GDBusConnection* bus_ = nullptr;
+    GObjectHandle<GDBusConnection> bus_;
     unsigned actionSubscription_ = 0;
     unsigned closedSubscription_ = 0;
     std::map<std::string, Category> categories_;

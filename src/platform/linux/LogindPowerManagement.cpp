@@ -1,6 +1,7 @@
 #include "platform/linux/LogindPowerManagement.h"
 
 #include "platform/linux/ApplicationIdentity.h"
+#include "platform/linux/GLibHandles.h"
 
 #include <gio/gio.h>
 
@@ -15,23 +16,21 @@ constexpr int assertionOn = 255;
 std::vector<LogindPowerManagement::Inhibitor> listInhibitors()
 {
     std::vector<LogindPowerManagement::Inhibitor> inhibitors;
-    GDBusConnection* bus = g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr);
+    GObjectHandle<GDBusConnection> bus(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr));
     if (!bus)
         return inhibitors;
-    GVariant* reply = g_dbus_connection_call_sync(bus, "org.freedesktop.login1", "/org/freedesktop/login1",
+    GVariantHandle reply(g_dbus_connection_call_sync(bus.get(), "org.freedesktop.login1", "/org/freedesktop/login1",
         "org.freedesktop.login1.Manager", "ListInhibitors", nullptr, G_VARIANT_TYPE("(a(ssssuu))"),
-        G_DBUS_CALL_FLAGS_NO_AUTO_START, callTimeoutMilliseconds, nullptr, nullptr);
-    g_object_unref(bus);
+        G_DBUS_CALL_FLAGS_NO_AUTO_START, callTimeoutMilliseconds, nullptr, nullptr));
     if (!reply)
         return inhibitors;
-    GVariantIter* iterator = nullptr;
-    g_variant_get(reply, "(a(ssssuu))", &iterator);
+    GVariantIter* unpacked = nullptr;
+    g_variant_get(reply.get(), "(a(ssssuu))", &unpacked);
+    GVariantIterHandle iterator(unpacked);
     const gchar *what, *who, *why, *mode;
     guint32 uid, pid;
-    while (g_variant_iter_next(iterator, "(&s&s&s&suu)", &what, &who, &why, &mode, &uid, &pid))
+    while (g_variant_iter_next(iterator.get(), "(&s&s&s&suu)", &what, &who, &why, &mode, &uid, &pid))
         inhibitors.push_back({ what, who, why, mode, uid, pid });
-    g_variant_iter_free(iterator);
-    g_variant_unref(reply);
     return inhibitors;
 }
 
