@@ -1,6 +1,6 @@
 // The X11 side of the backend on the live headless desktop.
 
-#include "platform/linux/LiveLinuxDesktop.h"
+#include "platform/linux/desktop/LiveLinuxDesktop.h"
 #include "support/WaitUntil.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "platform/linux/LiveLinuxDesktop.h"
+#include "platform/linux/desktop/LiveLinuxDesktop.h"
 
 #include <gtest/gtest.h>
 

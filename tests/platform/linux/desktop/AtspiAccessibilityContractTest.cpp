@@ -1,5 +1,5 @@
 #include "platform/AccessibilityContract.h"
-#include "platform/linux/LiveLinuxDesktop.h"
+#include "platform/linux/desktop/LiveLinuxDesktop.h"
 
 namespace vardel::testing {
 

@@ -3,7 +3,7 @@
 
 #include "diagnostics/AccessibilityDumper.h"
 #include "platform/Platform.h"
-#include "platform/linux/LiveLinuxDesktop.h"
+#include "platform/linux/desktop/LiveLinuxDesktop.h"
 
 #include <gtest/gtest.h>
 
