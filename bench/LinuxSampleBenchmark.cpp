@@ -10,17 +10,35 @@
 #include "platform/linux/MemoryPreferenceStore.h"
 #include "support/HeadlessDesktop.h"
 #include "support/TemporaryFolder.h"
+#include "support/WaitUntil.h"
 
 #include <benchmark/benchmark.h>
 
+#include <arpa/inet.h>
+#include <cstdint>
 #include <fstream>
-#include <thread>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
 namespace vardel {
 namespace {
 
 constexpr int pageElements = 5000;
 constexpr const char* pageTitle = "Benchmark Page";
+constexpr uint16_t pagePort = 48123;
+
+bool acceptsConnections(uint16_t port)
+{
+    int probe = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address {};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    bool connected = ::connect(probe, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+    ::close(probe);
+    return connected;
+}
 
 // Sections of paragraphs, each paragraph holding a link: about pageElements elements.
 std::string pageHtml()
@@ -41,13 +59,16 @@ void chromiumSample(benchmark::State& state)
     testing::HeadlessDesktop desktop;
     testing::TemporaryFolder site;
     std::ofstream(site.path() / "page.html") << pageHtml();
-    desktop.start(
-        "python3", { "-m", "http.server", "48123", "--bind", "127.0.0.1", "--directory", site.path().string() });
-    std::this_thread::sleep_for(std::chrono::seconds(1));
+    desktop.start("python3",
+        { "-m", "http.server", std::to_string(pagePort), "--bind", "127.0.0.1", "--directory", site.path().string() });
+    if (!testing::waitUntil([] { return acceptsConnections(pagePort); }, std::chrono::seconds(10))) {
+        state.SkipWithError("the page server did not start");
+        return;
+    }
     pid_t chromium = desktop.start("/usr/bin/chromium",
         { "--no-sandbox", "--no-first-run", "--disable-gpu", "--disable-background-networking", "--disable-sync",
             "--force-renderer-accessibility", "--user-data-dir=" + (desktop.scratchFolder() / "profile").string(),
-            "http://127.0.0.1:48123/page.html" });
+            "http://127.0.0.1:" + std::to_string(pagePort) + "/page.html" });
     desktop.waitForActiveWindow(chromium, pageTitle, 30);
 
     BuiltInExtractors::install();
