@@ -71,8 +71,11 @@ ordered_json encode(const Value& value, std::string (*formatDate)(Date))
 
 std::string formatIso8601(Date date)
 {
-    double whole = std::floor(date.secondsSince1970);
-    double fraction = date.secondsSince1970 - whole;
+    // Rounded to the millisecond before it is split, so that 0.9996 s past a second reads as the next
+    // second and not as the one before.
+    double milliseconds = std::round(date.secondsSince1970 * 1000);
+    double whole = std::floor(milliseconds / 1000);
+    auto fraction = static_cast<int>(milliseconds - whole * 1000);
     std::time_t seconds = static_cast<std::time_t>(whole);
     std::tm parts {};
     gmtime_r(&seconds, &parts);
@@ -81,10 +84,8 @@ std::string formatIso8601(Date date)
     std::string text = buffer;
     if (fraction > 0) {
         char fractionText[16];
-        std::snprintf(fractionText, sizeof fractionText, "%.3f", fraction);
-        // Keep ".ddd" only, and only when rounding did not make it a whole second.
-        if (fractionText[0] == '0')
-            text += std::string(fractionText + 1);
+        std::snprintf(fractionText, sizeof fractionText, ".%03d", fraction);
+        text += fractionText;
     }
     return text + "Z";
 }
