@@ -134,6 +134,78 @@ TEST_F(ScriptingCommandTest, AnotherUserIsRefusedEvenWhereLoosenedModesLetItConn
     EXPECT_TRUE(pauses_.empty());
 }
 
+// A client that connects and then does nothing more.
+int connectSilently(const std::filesystem::path& socket)
+{
+    int connection = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un address {};
+    address.sun_family = AF_UNIX;
+    std::strncpy(address.sun_path, socket.c_str(), sizeof address.sun_path - 1);
+    EXPECT_EQ(::connect(connection, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    return connection;
+}
+
+TEST_F(ScriptingCommandTest, ASilentClientHoldsUpNobodyAndIsDroppedAfterASecond)
+{
+    auto server = startServer();
+    int silent = connectSilently(socket());
+    auto started = std::chrono::steady_clock::now();
+    server->serveReadyConnections();
+    // Serving never waits for a client: the tracker samples on time whatever clients do.
+    EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::milliseconds(250));
+
+    EXPECT_EQ(send(*server, "pause 5").text, "ok: paused for 5 seconds");
+
+    // The server's descriptor wakes the run loop when the silent client's time is up.
+    bool dropped = false;
+    char byte = 0;
+    for (auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(3);
+         !dropped && std::chrono::steady_clock::now() < deadline;) {
+        pollfd ready { server->fileDescriptor(), POLLIN, 0 };
+        ::poll(&ready, 1, 100);
+        server->serveReadyConnections();
+        dropped = ::recv(silent, &byte, 1, MSG_DONTWAIT) == 0;
+    }
+    ::close(silent);
+    EXPECT_TRUE(dropped);
+    EXPECT_EQ(pauses_, (std::vector<double> { 5 }));
+}
+
+TEST_F(ScriptingCommandTest, AnOverlongLineOrBinaryGarbageGetsAClearRefusal)
+{
+    auto server = startServer();
+    EXPECT_EQ(send(*server, std::string(10'000'000, 'x')).text, "error: a request is one line of at most 256 bytes");
+    std::string garbage = { '\0', '\xff', '\x01', 'p', 'a', 'u', 's', 'e', '\x7f' };
+    EXPECT_TRUE(send(*server, garbage).text.starts_with("error: unknown command")) << send(*server, garbage).text;
+    EXPECT_TRUE(pauses_.empty());
+    EXPECT_EQ(resumes_, 0);
+}
+
+TEST_F(ScriptingCommandTest, FiftyClientsAtOnceAreAllAnswered)
+{
+    auto server = startServer();
+    std::vector<std::future<Outcome>> answers;
+    for (int client = 0; client < 50; ++client) {
+        std::string request = client % 2 == 0 ? "pause 1" : "resume";
+        answers.push_back(std::async(
+            std::launch::async, [this, request] { return ScriptingCommandClient::send(socket(), request); }));
+    }
+    auto allAnswered = [&] {
+        return std::all_of(answers.begin(), answers.end(), [](const auto& answer) {
+            return answer.wait_for(std::chrono::milliseconds(0)) == std::future_status::ready;
+        });
+    };
+    while (!allAnswered()) {
+        pollfd ready { server->fileDescriptor(), POLLIN, 0 };
+        ::poll(&ready, 1, 20);
+        server->serveReadyConnections();
+    }
+    for (auto& answer : answers)
+        EXPECT_TRUE(answer.get().text.starts_with("ok: "));
+    EXPECT_EQ(pauses_.size(), 25u);
+    EXPECT_EQ(resumes_, 25);
+}
+
 TEST_F(ScriptingCommandTest, ADeadTrackersSocketIsReplacedButALiveOneIsNotTaken)
 {
     // What a killed tracker leaves: a socket file that nobody listens on.

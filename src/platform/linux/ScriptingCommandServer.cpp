@@ -1,22 +1,23 @@
 #include "platform/linux/ScriptingCommandServer.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <cstring>
 #include <fcntl.h>
-#include <poll.h>
 #include <stdexcept>
+#include <sys/epoll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/timerfd.h>
 #include <sys/un.h>
 #include <unistd.h>
 
 namespace vardel {
 
 namespace {
-
-constexpr int requestTimeoutMilliseconds = 1000;
 
 std::runtime_error failure(const std::string& what)
 {
@@ -95,26 +96,6 @@ std::string formatSeconds(double seconds)
     return text;
 }
 
-// Reads up to a newline, the end of the stream or longestRequest bytes, waiting at most the
-// request time-out for each part.
-std::string readRequest(int connection)
-{
-    std::string request;
-    char buffer[ScriptingCommandServer::longestRequest];
-    while (request.size() < ScriptingCommandServer::longestRequest && request.find('\n') == std::string::npos) {
-        pollfd waiting { connection, POLLIN, 0 };
-        if (::poll(&waiting, 1, requestTimeoutMilliseconds) <= 0)
-            break;
-        ssize_t count = ::recv(connection, buffer, ScriptingCommandServer::longestRequest - request.size(), 0);
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count <= 0)
-            break;
-        request.append(buffer, static_cast<size_t>(count));
-    }
-    return request.substr(0, request.find('\n'));
-}
-
 void sendAll(int connection, const std::string& text)
 {
     size_t sent = 0;
@@ -126,6 +107,15 @@ void sendAll(int connection, const std::string& text)
             return;
         sent += static_cast<size_t>(count);
     }
+}
+
+// Whether the run loop's epoll set could take the descriptor; it reports it when readable.
+bool watch(int events, int descriptor)
+{
+    epoll_event interest {};
+    interest.events = EPOLLIN;
+    interest.data.fd = descriptor;
+    return ::epoll_ctl(events, EPOLL_CTL_ADD, descriptor, &interest) == 0;
 }
 
 // The socket's modes already keep other users out; the peer's own credentials still decide, so that a
@@ -156,23 +146,22 @@ ScriptingCommandServer::ScriptingCommandServer(
     sockaddr_un address = addressOf(socketPath_);
     prepareFolder(socketPath_.parent_path());
     removeStaleSocket(socketPath_, address);
-    listener_ = ::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-    if (listener_ < 0)
+    listener_ = linux_desktop::FileDescriptor(::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    events_ = linux_desktop::FileDescriptor(::epoll_create1(EPOLL_CLOEXEC));
+    timer_ = linux_desktop::FileDescriptor(::timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC));
+    if (!listener_ || !events_ || !timer_)
         throw failure("The scripting socket cannot be created");
     struct stat status { };
-    if (::bind(listener_, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0
-        || ::chmod(socketPath_.c_str(), 0600) != 0 || ::listen(listener_, 8) != 0
-        || ::stat(socketPath_.c_str(), &status) != 0) {
-        auto error = failure("The scripting socket " + socketPath_.string() + " cannot be set up");
-        ::close(listener_);
-        throw error;
-    }
+    if (::bind(listener_.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0
+        || ::chmod(socketPath_.c_str(), 0600) != 0 || ::listen(listener_.get(), 16) != 0
+        || ::stat(socketPath_.c_str(), &status) != 0 || !watch(events_.get(), listener_.get())
+        || !watch(events_.get(), timer_.get()))
+        throw failure("The scripting socket " + socketPath_.string() + " cannot be set up");
     socketInode_ = status.st_ino;
 }
 
 ScriptingCommandServer::~ScriptingCommandServer()
 {
-    ::close(listener_);
     struct stat status { };
     if (::lstat(socketPath_.c_str(), &status) == 0 && status.st_ino == socketInode_)
         ::unlink(socketPath_.c_str());
@@ -180,30 +169,107 @@ ScriptingCommandServer::~ScriptingCommandServer()
 
 void ScriptingCommandServer::serveReadyConnections()
 {
+    std::array<epoll_event, 32> ready {};
+    int count = ::epoll_wait(events_.get(), ready.data(), static_cast<int>(ready.size()), 0);
+    for (int index = 0; index < count; ++index) {
+        int descriptor = ready[static_cast<size_t>(index)].data.fd;
+        if (descriptor == listener_.get())
+            acceptWaitingClients();
+        else if (descriptor != timer_.get())
+            readFrom(descriptor);
+    }
+    dropExpiredClients();
+    armTimerForNextDeadline();
+}
+
+void ScriptingCommandServer::acceptWaitingClients()
+{
     while (true) {
-        int connection = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
-        if (connection < 0) {
+        linux_desktop::FileDescriptor connection(
+            ::accept4(listener_.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+        if (!connection) {
             if (errno == EINTR || errno == ECONNABORTED)
                 continue;
             return;
         }
-        serve(connection);
-        ::close(connection);
+        if (clients_.size() >= mostClients) {
+            sendAll(connection.get(), "error: the tracker is busy; try again\n");
+            continue;
+        }
+        if (!watch(events_.get(), connection.get()))
+            continue;
+        int descriptor = connection.get();
+        clients_.emplace(
+            descriptor, Client { std::move(connection), {}, false, std::chrono::steady_clock::now() + requestTimeout });
     }
 }
 
-void ScriptingCommandServer::serve(int connection)
+// Reads what the client has sent so far. A line, or the end of what it sends, gets the answer; a
+// line longer than a request can be is read to its end and refused.
+void ScriptingCommandServer::readFrom(int connection)
 {
-    // The request is read even from another user, so that the refusal reaches a client still writing.
-    std::string request = readRequest(connection);
-    // A client that only checks whether a tracker listens sends nothing and expects nothing.
-    if (trimmed(request).empty())
+    auto found = clients_.find(connection);
+    if (found == clients_.end())
         return;
-    if (!fromTheSameUser(connection)) {
-        sendAll(connection, "error: only the user who runs the tracker may command it\n");
+    Client& client = found->second;
+    std::array<char, 4096> buffer {};
+    while (true) {
+        ssize_t count = ::recv(connection, buffer.data(), buffer.size(), 0);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0 && (errno == EAGAIN || errno == EWOULDBLOCK))
+            return;
+        if (count <= 0)
+            break;
+        std::string_view arrived(buffer.data(), static_cast<size_t>(count));
+        size_t newline = arrived.find('\n');
+        if (!client.tooLong)
+            client.received.append(arrived.substr(0, newline));
+        client.tooLong = client.tooLong || client.received.size() > longestRequest;
+        if (newline != std::string_view::npos)
+            break;
+    }
+    respond(client);
+    clients_.erase(found);
+}
+
+void ScriptingCommandServer::respond(Client& client)
+{
+    // A client that only checks whether a tracker listens sends nothing and expects nothing.
+    if (!client.tooLong && trimmed(client.received).empty())
+        return;
+    if (!fromTheSameUser(client.connection.get())) {
+        sendAll(client.connection.get(), "error: only the user who runs the tracker may command it\n");
         return;
     }
-    sendAll(connection, answer(request) + "\n");
+    if (client.tooLong) {
+        sendAll(client.connection.get(),
+            "error: a request is one line of at most " + std::to_string(longestRequest) + " bytes\n");
+        return;
+    }
+    sendAll(client.connection.get(), answer(client.received) + "\n");
+}
+
+void ScriptingCommandServer::dropExpiredClients()
+{
+    auto now = std::chrono::steady_clock::now();
+    std::erase_if(clients_, [now](const auto& entry) { return entry.second.deadline <= now; });
+}
+
+void ScriptingCommandServer::armTimerForNextDeadline()
+{
+    uint64_t expirations = 0;
+    while (::read(timer_.get(), &expirations, sizeof expirations) > 0) { }
+    itimerspec next {};
+    if (!clients_.empty()) {
+        auto earliest = std::min_element(clients_.begin(), clients_.end(), [](const auto& left, const auto& right) {
+            return left.second.deadline < right.second.deadline;
+        })->second.deadline;
+        auto wait = std::max(std::chrono::nanoseconds(1), earliest - std::chrono::steady_clock::now());
+        next.it_value.tv_sec = static_cast<time_t>(std::chrono::duration_cast<std::chrono::seconds>(wait).count());
+        next.it_value.tv_nsec = static_cast<long>((wait % std::chrono::seconds(1)).count());
+    }
+    ::timerfd_settime(timer_.get(), 0, &next, nullptr);
 }
 
 std::string ScriptingCommandServer::answer(std::string_view request)

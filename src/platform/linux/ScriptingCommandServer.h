@@ -1,7 +1,11 @@
 #pragma once
 
+#include "platform/linux/FileDescriptor.h"
+
+#include <chrono>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,10 +20,16 @@ namespace vardel {
 //   "pause SECONDS" / "pause"  ->  "ok: paused for SECONDS seconds" / "ok: paused until resumed"
 //   "resume"                   ->  "ok: resumed"
 //   anything else              ->  "error: …"
+//
+// Clients are served side by side without ever blocking the caller: a client that connects and
+// never writes, or writes slowly, holds up nobody and is dropped after a second.
 class ScriptingCommandServer {
 public:
     using EnvironmentLookup = std::function<const char*(const char* name)>;
     static constexpr size_t longestRequest = 256;
+    // Clients served at once; one more is told to try again.
+    static constexpr size_t mostClients = 64;
+    static constexpr std::chrono::milliseconds requestTimeout { 1000 };
 
     // $XDG_RUNTIME_DIR/vardel/tracker.sock; nothing when XDG_RUNTIME_DIR is unset or relative.
     static std::optional<std::filesystem::path> socketPath(const EnvironmentLookup&);
@@ -33,21 +43,37 @@ public:
     ScriptingCommandServer(const ScriptingCommandServer&) = delete;
     ScriptingCommandServer& operator=(const ScriptingCommandServer&) = delete;
 
-    // The listening socket, for the run loop to wait on; it never blocks.
-    int fileDescriptor() const { return listener_; }
-    // Answers every client waiting to be accepted. A client gets a second to send its line.
+    // Readable whenever a client connects or writes, or one runs out of time: for the run loop to
+    // wait on.
+    int fileDescriptor() const { return events_.get(); }
+    // Takes what is ready without waiting: accepts clients, reads what they sent, answers complete
+    // lines and drops clients whose second has passed.
     void serveReadyConnections();
 
     // The reply to one request line, after carrying the command out.
     std::string answer(std::string_view request);
 
 private:
-    void serve(int connection);
+    struct Client {
+        linux_desktop::FileDescriptor connection;
+        std::string received;
+        bool tooLong = false;
+        std::chrono::steady_clock::time_point deadline;
+    };
+
+    void acceptWaitingClients();
+    void readFrom(int connection);
+    void respond(Client&);
+    void dropExpiredClients();
+    void armTimerForNextDeadline();
 
     std::filesystem::path socketPath_;
     std::function<void(double)> pause_;
     std::function<void()> resume_;
-    int listener_ = -1;
+    linux_desktop::FileDescriptor listener_;
+    linux_desktop::FileDescriptor events_;
+    linux_desktop::FileDescriptor timer_;
+    std::map<int, Client> clients_;
     // The socket file this server made, so that it never removes a successor's.
     ino_t socketInode_ = 0;
 };
