@@ -9,13 +9,12 @@
 #include "product/DatabaseWrapper.h"
 #include "product/InfoLogger.h"
 #include "shell/VDHelperAppDelegate.h"
+#include "support/TemporaryFolder.h"
 
 #include <benchmark/benchmark.h>
 #include <nlohmann/json.hpp>
 
-#include <cstdlib>
 #include <filesystem>
-#include <unistd.h>
 
 namespace vardel {
 namespace {
@@ -56,8 +55,8 @@ Json workingDay()
 void replayWorkingDay(benchmark::State& state)
 {
     std::string scenario = workingDay().dump();
-    std::string pattern = (std::filesystem::temp_directory_path() / "vardel-bench-XXXXXX").string();
-    std::filesystem::path folder = mkdtemp(pattern.data());
+    testing::TemporaryFolder temporary;
+    std::filesystem::path folder = temporary.path() / "data";
     double databaseBytes = 0;
     double spans = 0;
     for (auto _ : state) {
@@ -88,7 +87,6 @@ void replayWorkingDay(benchmark::State& state)
     state.counters["database_bytes"] = databaseBytes;
     state.counters["spans"] = spans;
     state.counters["samples"] = daySeconds;
-    std::filesystem::remove_all(folder);
 }
 
 BENCHMARK(replayWorkingDay)->Unit(benchmark::kMillisecond)->Iterations(3);

@@ -4,11 +4,11 @@
 
 #include "product/Database.h"
 #include "product/LocalCalendar.h"
+#include "support/TemporaryFolder.h"
 #include "tools/VardelCommand.h"
 
 #include <benchmark/benchmark.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <sstream>
 #include <stdexcept>
@@ -37,11 +37,7 @@ class YearStore {
 public:
     YearStore()
     {
-        std::string pattern = (std::filesystem::temp_directory_path() / "vardel-year-XXXXXX").string();
-        if (!mkdtemp(pattern.data()))
-            throw std::runtime_error("cannot create a temporary folder");
-        folder_ = pattern;
-        auto opened = Database::open(folder_);
+        auto opened = Database::open(folder_.path());
         if (!opened.ok())
             throw std::runtime_error(opened.error().message);
         auto database = std::move(opened).value();
@@ -59,13 +55,11 @@ public:
             day = LocalCalendar::startOfNextDay(day);
         }
     }
-    ~YearStore() { std::filesystem::remove_all(folder_); }
-
-    const std::filesystem::path& folder() const { return folder_; }
+    const std::filesystem::path& folder() const { return folder_.path(); }
     const std::string& dayName(int index) const { return dayNames_.at(static_cast<size_t>(index)); }
 
 private:
-    std::filesystem::path folder_;
+    testing::TemporaryFolder folder_;
     std::vector<std::string> dayNames_;
 };
 
