@@ -28,6 +28,9 @@ struct AssertionsByProcess {
     std::optional<Value::Dictionary> assertions;
 };
 
+// Both dictionaries' records by process; a process in both keeps the records of each.
+Value::Dictionary mergedAssertions(Value::Dictionary assertions, const Value::Dictionary& more);
+
 // The system's power-management assertions and the processes that hold them.
 class PowerManagement {
 public:

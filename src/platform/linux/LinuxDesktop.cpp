@@ -6,7 +6,7 @@
 #include "platform/linux/HeadlessStatusBar.h"
 #include "platform/linux/InotifyFileEventStreams.h"
 #include "platform/linux/JsonPropertyListFiles.h"
-#include "platform/linux/LogindPowerManagement.h"
+#include "platform/linux/LinuxPowerManagement.h"
 #include "platform/linux/NoRunningTaskSource.h"
 #include "platform/linux/PollRunLoop.h"
 #include "platform/linux/ProcessStandardStreams.h"
@@ -87,6 +87,7 @@ struct LinuxDesktop::State {
         , windowServer(*x11)
         , identity(desktopEntries, identifierTable(stores.standardUserDefaults))
         , workspace(*x11, identity, launcher, trace)
+        , powerManagement(workspace, clock, log)
         , alerts(log)
         , scriptingCommands(runLoop, log, vardel::ScriptingCommandServer::socketPath(std::getenv))
         , fileEventStreams(runLoop, fileEventSourceHooks())
@@ -115,7 +116,6 @@ struct LinuxDesktop::State {
     SpawnProcessLauncher launcher;
     ProcessStandardStreams standardStreams;
     JsonPropertyListFiles propertyListFiles;
-    LogindPowerManagement powerManagement;
     DesktopNotificationCenter notifications;
     TracedTimeEntryEditor timeEntryEditor;
     NoRunningTaskSource runningTasks;
@@ -124,6 +124,7 @@ struct LinuxDesktop::State {
     DesktopEntries desktopEntries;
     ApplicationIdentity identity;
     X11Workspace workspace;
+    LinuxPowerManagement powerManagement;
     std::unique_ptr<Accessibility> accessibility;
     UnattendedAlerts alerts;
     HeadlessStatusBar statusBar;

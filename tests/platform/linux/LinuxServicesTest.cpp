@@ -4,7 +4,6 @@
 #include "platform/linux/AtspiRoleTable.h"
 #include "platform/linux/JsonPropertyListFiles.h"
 #include "platform/linux/LinuxDesktop.h"
-#include "platform/linux/LogindPowerManagement.h"
 #include "platform/linux/SpawnProcessLauncher.h"
 #include "platform/linux/X11WindowServer.h"
 #include "support/TemporaryFolder.h"
@@ -84,20 +83,6 @@ TEST(LinuxDesktopTest, LanguagesComeFromLanguageElseTheLocale)
     EXPECT_EQ(
         LinuxDesktop::languagesFromEnvironment(nullptr, "pt_BR.UTF-8@euro"), (std::vector<std::string> { "pt-BR" }));
     EXPECT_EQ(LinuxDesktop::languagesFromEnvironment("", "C"), (std::vector<std::string> { "en" }));
-}
-
-TEST(LogindPowerManagementTest, InhibitorsBecomeAssertionsByPid)
-{
-    auto assertions = LogindPowerManagement::assertionsOf(
-        { { "sleep", "chromium", "WebRTC has active PeerConnections", "block", 1000, 77 },
-            { "idle", "chromium", "Playing audio", "block", 1000, 77 } });
-    ASSERT_EQ(assertions.size(), 1u);
-    const auto& records = *assertions.at("77").asList();
-    ASSERT_EQ(records.size(), 2u);
-    const auto& first = *records[0].asDictionary();
-    EXPECT_EQ(*first.at(AssertionKey::name).asText(), "WebRTC has active PeerConnections");
-    EXPECT_EQ(*first.at(AssertionKey::type).asText(), "sleep");
-    EXPECT_EQ(*first.at(AssertionKey::processName).asText(), "chromium");
 }
 
 TEST(SpawnProcessLauncherTest, RunsAndWaitsAndLaunchesDetached)
