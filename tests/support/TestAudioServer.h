@@ -90,6 +90,9 @@ private:
             /*quiet=*/true);
         if (!waitUntil([this] { return control("info"); }, std::chrono::seconds(20), std::chrono::milliseconds(100)))
             throw std::runtime_error("the test audio server did not start");
+        // Applications that record or play "the default device" use these.
+        control("set-default-source microphone");
+        control("set-default-sink speaker");
     }
 
     static pid_t spawn(const std::vector<std::string>& arguments, bool quiet = false)

@@ -3,6 +3,10 @@
 #include "platform/ValueJson.h"
 
 #include <gio/gio.h>
+#include <nlohmann/json.hpp>
+
+#include <charconv>
+#include <fstream>
 
 namespace vardel::linux_desktop {
 
@@ -14,6 +18,37 @@ constexpr const char* applicationName = "Vardel Tracker";
 constexpr int notifyTimeoutMilliseconds = 2000;
 // NotificationClosed's reason for "dismissed by the user".
 constexpr uint32_t dismissedByUser = 2;
+// The newest notifications the file keeps: older ones are long gone from the screen.
+constexpr size_t maximumRememberedNotifications = 50;
+
+struct PermissionRequest {
+    std::function<void(bool)> answer;
+};
+
+void onCapabilities(GObject* bus, GAsyncResult* result, gpointer data)
+{
+    std::unique_ptr<PermissionRequest> request(static_cast<PermissionRequest*>(data));
+    GVariantHandle reply(g_dbus_connection_call_finish(G_DBUS_CONNECTION(bus), result, nullptr));
+    bool showsActions = false;
+    if (reply && g_variant_is_of_type(reply.get(), G_VARIANT_TYPE("(as)"))) {
+        GVariantIter* unpacked = nullptr;
+        g_variant_get(reply.get(), "(as)", &unpacked);
+        GVariantIterHandle iterator(unpacked);
+        const gchar* capability = nullptr;
+        while (g_variant_iter_next(iterator.get(), "&s", &capability))
+            showsActions = showsActions || std::string_view(capability) == "actions";
+    }
+    request->answer(showsActions);
+}
+
+std::optional<uint32_t> notificationIdFrom(const std::string& text)
+{
+    uint32_t id = 0;
+    auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), id);
+    if (error != std::errc() || end != text.data() + text.size())
+        return std::nullopt;
+    return id;
+}
 
 void onActionInvoked(
     GDBusConnection*, const gchar*, const gchar*, const gchar*, const gchar*, GVariant* parameters, gpointer center)
@@ -40,11 +75,14 @@ void onClosed(
 
 } // namespace
 
-DesktopNotificationCenter::DesktopNotificationCenter(EventTrace& trace, Log& log)
+DesktopNotificationCenter::DesktopNotificationCenter(
+    EventTrace& trace, Log& log, std::optional<std::filesystem::path> deliveredFile)
     : trace_(trace)
     , log_(log)
     , bus_(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr))
+    , deliveredFile_(std::move(deliveredFile))
 {
+    loadDelivered();
     if (!bus_)
         return;
     actionSubscription_ = g_dbus_connection_signal_subscribe(bus_.get(), nullptr, service, "ActionInvoked", objectPath,
@@ -65,6 +103,15 @@ void DesktopNotificationCenter::registerCategory(const std::string& identifier,
     std::vector<UserNotificationAction> actions, UserNotificationCategoryDelegate* delegate)
 {
     categories_.insert_or_assign(identifier, Category { std::move(actions), delegate });
+}
+
+void DesktopNotificationCenter::requestPermission(std::function<void(bool granted)> answer)
+{
+    if (!bus_)
+        return answer(false);
+    g_dbus_connection_call(bus_.get(), service, objectPath, service, "GetCapabilities", nullptr, nullptr,
+        G_DBUS_CALL_FLAGS_NONE, notifyTimeoutMilliseconds, nullptr, onCapabilities,
+        new PermissionRequest { std::move(answer) });
 }
 
 void DesktopNotificationCenter::deliver(const UserNotification& notification)
@@ -99,6 +146,9 @@ void DesktopNotificationCenter::deliver(const UserNotification& notification)
     guint32 id = 0;
     g_variant_get(reply.get(), "(u)", &id);
     delivered_.insert_or_assign(id, Delivered { notification.categoryIdentifier, notification.userInfo });
+    while (delivered_.size() > maximumRememberedNotifications)
+        delivered_.erase(delivered_.begin());
+    saveDelivered();
 }
 
 void DesktopNotificationCenter::answer(uint32_t notificationId, const UserNotificationResponse& response)
@@ -108,9 +158,70 @@ void DesktopNotificationCenter::answer(uint32_t notificationId, const UserNotifi
         return;
     Delivered notification = delivered->second;
     delivered_.erase(delivered);
+    saveDelivered();
     auto category = categories_.find(notification.category);
     if (category != categories_.end() && category->second.delegate)
         category->second.delegate->handleResponse(notification.category, response, notification.userInfo);
+}
+
+std::optional<std::filesystem::path> DesktopNotificationCenter::deliveredFileIn(const char* runtimeFolder)
+{
+    if (!runtimeFolder || !*runtimeFolder || !std::filesystem::path(runtimeFolder).is_absolute())
+        return std::nullopt;
+    return std::filesystem::path(runtimeFolder) / "vardel" / "notifications.json";
+}
+
+// {"<id>": {"category": "…", "userInfo": {"key": "text", …}}, …}
+void DesktopNotificationCenter::loadDelivered()
+{
+    if (!deliveredFile_)
+        return;
+    std::ifstream file(*deliveredFile_);
+    if (!file)
+        return;
+    auto remembered = nlohmann::json::parse(file, nullptr, /*allow_exceptions=*/false);
+    if (!remembered.is_object()) {
+        log_.warning("Ignoring the unreadable list of delivered notifications in " + deliveredFile_->string());
+        return;
+    }
+    for (const auto& [key, entry] : remembered.items()) {
+        auto id = notificationIdFrom(key);
+        if (!id || !entry.is_object() || !entry.contains("category") || !entry["category"].is_string())
+            continue;
+        Delivered notification { entry["category"].get<std::string>(), {} };
+        if (entry.contains("userInfo") && entry["userInfo"].is_object()) {
+            for (const auto& [name, value] : entry["userInfo"].items()) {
+                if (value.is_string())
+                    notification.userInfo.emplace(name, value.get<std::string>());
+            }
+        }
+        delivered_.insert_or_assign(*id, std::move(notification));
+    }
+}
+
+void DesktopNotificationCenter::saveDelivered() const
+{
+    if (!deliveredFile_)
+        return;
+    nlohmann::json remembered = nlohmann::json::object();
+    for (const auto& [id, notification] : delivered_) {
+        nlohmann::json userInfo = nlohmann::json::object();
+        for (const auto& [name, value] : notification.userInfo) {
+            if (value.asText())
+                userInfo[name] = *value.asText();
+        }
+        remembered[std::to_string(id)] = { { "category", notification.category }, { "userInfo", userInfo } };
+    }
+    std::error_code ignored;
+    std::filesystem::create_directories(deliveredFile_->parent_path(), ignored);
+    std::filesystem::path written = deliveredFile_->string() + ".new";
+    {
+        std::ofstream file(written, std::ios::trunc);
+        file << remembered.dump();
+        if (!file)
+            return;
+    }
+    std::filesystem::rename(written, *deliveredFile_, ignored);
 }
 
 } // namespace vardel::linux_desktop

@@ -5,7 +5,10 @@
 #include "platform/UserNotificationCenter.h"
 #include "platform/linux/GLibHandles.h"
 
+#include <filesystem>
+#include <functional>
 #include <map>
+#include <optional>
 #include <string>
 
 typedef struct _GDBusConnection GDBusConnection;
@@ -14,23 +17,30 @@ namespace vardel::linux_desktop {
 
 // Notifications go to org.freedesktop.Notifications on the session bus, with the category's
 // actions as buttons; answers (ActionInvoked, NotificationClosed) reach the category's delegate
-// when the GLib main context is served. Without a session bus or notification server the
-// notification is only logged. Every delivery is traced.
+// when the GLib main context is served. Permission is granted when the server shows actions; a
+// server without them, or none at all, is a denial, and the notification is then only logged. Every
+// delivery is traced. What was delivered is kept in a file, so that an answer still reaches its
+// delegate after the tracker restarted; a notification's user info keeps its texts only.
 class DesktopNotificationCenter final : public UserNotificationCenter {
 public:
-    DesktopNotificationCenter(EventTrace&, Log&);
+    // deliveredFile: where delivered notifications are remembered; nothing to keep them in memory.
+    DesktopNotificationCenter(EventTrace&, Log&, std::optional<std::filesystem::path> deliveredFile);
     ~DesktopNotificationCenter() override;
     DesktopNotificationCenter(const DesktopNotificationCenter&) = delete;
     DesktopNotificationCenter& operator=(const DesktopNotificationCenter&) = delete;
 
     void registerCategory(const std::string& identifier, std::vector<UserNotificationAction> actions,
         UserNotificationCategoryDelegate* delegate) override;
-    // Notification servers need no permission.
-    void requestPermission(std::function<void(bool granted)> answer) override { answer(true); }
+    // Asks the server for its capabilities; answers on the GLib main context.
+    void requestPermission(std::function<void(bool granted)> answer) override;
     void deliver(const UserNotification&) override;
 
     // What the server reported for one of our notifications.
     void answer(uint32_t notificationId, const UserNotificationResponse&);
+
+    // The file the delivered notifications are kept in, for the user's session:
+    // $XDG_RUNTIME_DIR/vardel/notifications.json.
+    static std::optional<std::filesystem::path> deliveredFileIn(const char* runtimeFolder);
 
 private:
     struct Category {
@@ -42,6 +52,9 @@ private:
         Value::Dictionary userInfo;
     };
 
+    void loadDelivered();
+    void saveDelivered() const;
+
     EventTrace& trace_;
     Log& log_;
     GObjectHandle<GDBusConnection> bus_;
@@ -49,6 +62,7 @@ private:
     unsigned closedSubscription_ = 0;
     std::map<std::string, Category> categories_;
     std::map<uint32_t, Delivered> delivered_;
+    std::optional<std::filesystem::path> deliveredFile_;
 };
 
 } // namespace vardel::linux_desktop

@@ -81,7 +81,7 @@ struct LinuxDesktop::State {
         , analytics(trace)
         , launcher(trace)
         , standardStreams(trace)
-        , notifications(trace, log)
+        , notifications(trace, log, DesktopNotificationCenter::deliveredFileIn(environment("XDG_RUNTIME_DIR")))
         , timeEntryEditor(trace, log)
         , x11(std::move(connection))
         , windowServer(*x11)

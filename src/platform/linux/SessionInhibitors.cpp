@@ -29,7 +29,7 @@ Value::Dictionary recordOf(const std::string& type, const std::string& name, con
         { AssertionKey::processName, processName }, { AssertionKey::level, assertionOn } };
 }
 
-Value::Dictionary byProcess(std::map<std::string, Value::List> records)
+Value::Dictionary byProcess(std::map<std::string, Value::List>&& records)
 {
     Value::Dictionary assertions;
     for (auto& [pid, list] : records)

@@ -1,0 +1,185 @@
+// Calls on the real desktop: what the audio server's streams tell the tracker, and the offer that
+// follows through a notification server on the session bus.
+
+#include "TrackerOnDesktopTest.h"
+
+namespace vardel::testing {
+
+namespace {
+
+constexpr const char* notifications = "org.freedesktop.Notifications";
+constexpr const char* notificationsPath = "/org/freedesktop/Notifications";
+
+size_t samplesWithRunningCallOf(const Trace& trace, const std::string& name)
+{
+    return std::count_if(trace.begin(), trace.end(), [&](const nlohmann::json& event) {
+        return event["event"] == "sample" && event["calls"]["hasRunningCall"] == true
+            && event["calls"]["descriptionOfRunningCalls"].get<std::string>().find(name) != std::string::npos;
+    });
+}
+
+// Long enough to be offered: the tracker's minimum is lowered to a second.
+bool hasLongRunningCallOf(const Trace& trace, const std::string& name)
+{
+    return samplesWithRunningCallOf(trace, name) >= 3;
+}
+
+std::optional<nlohmann::json> notificationIn(const Trace& trace)
+{
+    for (const auto& event : trace) {
+        if (event["event"] == "notification")
+            return event;
+    }
+    return std::nullopt;
+}
+
+bool hasEditorEvent(const Trace& trace)
+{
+    return std::any_of(trace.begin(), trace.end(), [](const auto& event) { return event["event"] == "editor"; });
+}
+
+class CallEndToEndTest : public LinuxDesktopEndToEndTest {
+protected:
+    // A notification server that shows actions and writes every call it gets to a log.
+    void startNotificationServer()
+    {
+        notificationLog_ = folder_ / "notifications.log";
+        start("/usr/bin/python3",
+            { "-m", "dbusmock", "--template", "notification_daemon", "-p", R"({"capabilities": "body actions"})", "-l",
+                notificationLog_.string() });
+        ASSERT_TRUE(waitUntil([this] { return callsNotificationServer("org.freedesktop.Notifications.GetCapabilities"); },
+            10s));
+    }
+
+    bool callsNotificationServer(const std::string& method, const std::vector<std::string>& arguments = {})
+    {
+        std::vector<std::string> call { "call", "--session", "-d", notifications, "-o", notificationsPath, "-m", method };
+        call.insert(call.end(), arguments.begin(), arguments.end());
+        try {
+            desktop().run("gdbus", call);
+            return true;
+        } catch (const HeadlessDesktopError&) {
+            return false;
+        }
+    }
+
+    // The user chose an action of the first notification the server showed.
+    void chooseAction(const std::string& action)
+    {
+        ASSERT_TRUE(callsNotificationServer("org.freedesktop.DBus.Mock.EmitSignal",
+            { notifications, "ActionInvoked", "us", "[<uint32 1>, <'" + action + "'>]" }));
+    }
+
+    // Calls end after a second; the tracker's preferences live in the test's folder.
+    void startCallTracker()
+    {
+        auto preferences = folder_ / "config/vardel/preferences.json";
+        std::filesystem::create_directories(preferences.parent_path());
+        std::ofstream(preferences) << R"({"RunningCallDetector_minimumCallDurationForNotifying": 1})";
+        startTracker({ { "XDG_CONFIG_HOME", (folder_ / "config").string() } });
+    }
+
+    std::string preferencesText() { return readText(folder_ / "config/vardel/preferences.json"); }
+
+    // A program known as Zoom by its desktop entry: it shows a window, and the test's audio clients
+    // run as its children, as a call application's audio does.
+    pid_t startZoomLookalike(bool records)
+    {
+        auto entry = desktop().scratchFolder() / "home/.local/share/applications/zoom.desktop";
+        std::filesystem::create_directories(entry.parent_path());
+        std::ofstream(entry) << "[Desktop Entry]\nType=Application\nName=Zoom\nExec=" VARDEL_CONTRACT_APPLICATION_PATH
+                                "\n";
+        std::string clients = "paplay --raw --device=speaker /dev/zero & ";
+        if (records)
+            clients += "parecord --raw --device=microphone /dev/null & ";
+        pid_t application = start("/bin/sh", { "-c", clients + "exec " VARDEL_CONTRACT_APPLICATION_PATH });
+        desktop().waitForActiveWindow(application, "Contract Window");
+        return application;
+    }
+
+    void TearDown() override
+    {
+        if (suite_)
+            std::filesystem::remove(desktop().scratchFolder() / "home/.local/share/applications/zoom.desktop");
+        LinuxDesktopEndToEndTest::TearDown();
+    }
+
+    std::filesystem::path notificationLog_;
+};
+
+TEST_F(CallEndToEndTest, ChromiumCallIsDetectedEndsAndIsOfferedWithItsActions)
+{
+    startNotificationServer();
+    startCallTracker();
+    pid_t chromium = startChromium(callUrl());
+    desktop().waitForActiveWindow(chromium, "Vardel Call connected", 30);
+    waitForTrace([](const Trace& trace) { return hasLongRunningCallOf(trace, "Chromium"); });
+
+    stop(chromium);
+    auto trace = waitForTrace([](const Trace& trace) { return notificationIn(trace).has_value(); });
+    auto notification = notificationIn(trace).value_or(nlohmann::json::object());
+    EXPECT_EQ(notification["category"], "info.quenby.Vardel2.callEnded");
+    EXPECT_TRUE(notification["title"].get<std::string>().starts_with("Chromium"))
+        << notification["title"];
+    std::string shown = readText(notificationLog_);
+    for (const char* action : { "createTaskForCall", "reportFalsePositive", "doNotAskAgain", "doNotAskAgainForThisApp" })
+        EXPECT_NE(shown.find(action), std::string::npos) << action << " is not among the actions: " << shown;
+
+    chooseAction("doNotAskAgainForThisApp");
+    EXPECT_TRUE(waitUntil(
+        [this] { return preferencesText().find("org.chromium.Chromium") != std::string::npos; }, 10s))
+        << preferencesText();
+}
+
+TEST_F(CallEndToEndTest, FirefoxCallIsDetectedAndOffered)
+{
+    startNotificationServer();
+    startCallTracker();
+    pid_t firefox = startFirefox("call-profile", /*privateWindow=*/false, callUrl());
+    desktop().waitForActiveWindow(firefox, "Vardel Call connected", 60);
+    waitForTrace([](const Trace& trace) { return hasLongRunningCallOf(trace, "Firefox"); });
+
+    stop(firefox);
+    auto trace = waitForTrace([](const Trace& trace) { return notificationIn(trace).has_value(); });
+    EXPECT_NE(notificationIn(trace).value_or(nlohmann::json::object())["title"].get<std::string>().find("Firefox"),
+        std::string::npos);
+    chooseAction("doNotAskAgain");
+    EXPECT_TRUE(waitUntil(
+        [this] { return nlohmann::json::parse(preferencesText(), nullptr, false).value("callNotificationMode", 0) == 2; },
+        10s))
+        << preferencesText();
+}
+
+TEST_F(CallEndToEndTest, NativeCallApplicationIsOfferedAndAnsweredAfterARestart)
+{
+    startNotificationServer();
+    startCallTracker();
+    pid_t zoom = startZoomLookalike(/*records=*/true);
+    waitForTrace([](const Trace& trace) { return hasLongRunningCallOf(trace, "Zoom"); });
+    stop(zoom);
+    auto trace = waitForTrace([](const Trace& trace) { return notificationIn(trace).has_value(); });
+    EXPECT_TRUE(notificationIn(trace).value_or(nlohmann::json::object())["title"].get<std::string>().starts_with(
+        "Zoom call has ended ("));
+
+    // The answer comes to the next tracker, which still knows what the notification offered.
+    stopTracker();
+    startCallTracker();
+    waitForTrace([](const Trace& trace) { return samples(trace) > 0; });
+    chooseAction("createTaskForCall");
+    waitForTrace(hasEditorEvent);
+}
+
+TEST_F(CallEndToEndTest, MusicAloneIsNoCall)
+{
+    startCallTracker();
+    startZoomLookalike(/*records=*/false);
+    auto trace = waitForTrace([](const Trace& trace) {
+        return lastActivityOf(trace, "us.zoom.xos").has_value() && samples(trace) >= 4;
+    });
+        EXPECT_TRUE(std::all_of(trace.begin(), trace.end(),
+        [](const auto& event) { return event["event"] != "sample" || event["calls"]["hasRunningCall"] == false; }));
+}
+
+} // namespace
+
+} // namespace vardel::testing
