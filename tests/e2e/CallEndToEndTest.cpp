@@ -131,6 +131,23 @@ TEST_F(CallEndToEndTest, ChromiumCallIsDetectedEndsAndIsOfferedWithItsActions)
         << preferencesText();
 }
 
+TEST_F(CallEndToEndTest, BrowserMeetingSiteGivesServiceAndMeetingTitle)
+{
+    startCallTracker();
+    // The meeting site's host leads to the test's page server.
+    pid_t chromium = start("/usr/bin/chromium",
+        { "--no-sandbox", "--no-first-run", "--no-default-browser-check", "--disable-background-networking",
+            "--disable-component-update", "--disable-sync", "--disable-gpu", "--password-store=basic",
+            "--force-renderer-accessibility", "--use-fake-ui-for-media-stream",
+            "--autoplay-policy=no-user-gesture-required", "--disable-features=HttpsUpgrades",
+            "--host-resolver-rules=MAP whereby.com 127.0.0.1:" + std::to_string(suite_->port),
+            // The microphone is offered to secure pages only.
+            "--unsafely-treat-insecure-origin-as-secure=http://whereby.com",
+            "--user-data-dir=" + (folder_ / "chromium-profile").string(), "http://whereby.com/room.html" });
+    desktop().waitForActiveWindow(chromium, "Vardel Call connected", 30);
+    waitForTrace([](const Trace& trace) { return samplesWithRunningCallOf(trace, "Whereby call: Vardel") > 0; });
+}
+
 TEST_F(CallEndToEndTest, FirefoxCallIsDetectedAndOffered)
 {
     startNotificationServer();
@@ -156,6 +173,11 @@ TEST_F(CallEndToEndTest, NativeCallApplicationIsOfferedAndAnsweredAfterARestart)
     startCallTracker();
     pid_t zoom = startZoomLookalike(/*records=*/true);
     waitForTrace([](const Trace& trace) { return hasLongRunningCallOf(trace, "Zoom"); });
+    // What the desktop shows of the call, for a user who wonders whether it was seen.
+    std::string dump = runTracker({ "--dumpPMAssertions" });
+    EXPECT_NE(dump.find("audio-in"), std::string::npos) << dump;
+    EXPECT_NE(dump.find("audio-out"), std::string::npos) << dump;
+    EXPECT_NE(dump.find(R"(serviceName: "Zoom")"), std::string::npos) << dump;
     stop(zoom);
     auto trace = waitForTrace([](const Trace& trace) { return notificationIn(trace).has_value(); });
     EXPECT_TRUE(notificationIn(trace).value_or(nlohmann::json::object())["title"].get<std::string>().starts_with(

@@ -135,6 +135,7 @@ struct SuiteDesktop {
   document.title = "Vardel Call connected";
 })().catch((error) => { document.title = "Vardel Call failed: " + error; });
 </script></body></html>)";
+        std::filesystem::copy_file(site.path() / "call.html", site.path() / "room.html");
         desktop.start("python3",
             { "-m", "http.server", std::to_string(port), "--bind", "127.0.0.1", "--directory", site.path().string() });
         if (!waitUntil([this] { return acceptsConnections(port); }, 10s))

@@ -18,14 +18,18 @@ extern char** environ;
 
 namespace vardel::testing {
 
-// A PulseAudio server of the test's own, with a null sink "speaker" and a null source "microphone",
-// listening on a socket in a temporary folder. PULSE_SERVER points at it while it lives, so that the
-// test's audio clients and the code under test reach it. Programs started with play() and record()
-// are the server's clients; everything is stopped by its pid.
+// An audio server of the test's own, with a null sink "speaker" and a null source "microphone",
+// listening on a socket in a temporary folder: PulseAudio itself, or PipeWire with its PulseAudio
+// server. PULSE_SERVER points at it while it lives, so that the test's audio clients and the code
+// under test reach it. Programs started with play() and record() are the server's clients;
+// everything is stopped by its pid.
 class TestAudioServer {
 public:
-    TestAudioServer()
-        : socket_(folder_.path() / "native")
+    enum class Kind { pulseAudio, pipeWire };
+
+    explicit TestAudioServer(Kind kind = Kind::pulseAudio)
+        : kind_(kind)
+        , socket_(kind == Kind::pulseAudio ? folder_.path() / "native" : folder_.path() / "pulse" / "native")
     {
         if (const char* previous = std::getenv("PULSE_SERVER"))
             previousServer_ = previous;
@@ -36,7 +40,7 @@ public:
     {
         for (pid_t client : clients_)
             stopProcess(client);
-        stopProcess(server_);
+        stopServer();
         if (previousServer_.empty())
             unsetenv("PULSE_SERVER");
         else
@@ -48,8 +52,9 @@ public:
     // The server ends as if it crashed, and a new one takes its place on the same socket.
     void restart()
     {
-        kill(server_, SIGKILL);
-        waitpid(server_, nullptr, 0);
+        for (pid_t server : servers_)
+            killpg(server, SIGKILL);
+        stopServer();
         std::filesystem::remove(socket_);
         start();
     }
@@ -83,19 +88,52 @@ public:
 private:
     void start()
     {
-        server_ = spawn({ "pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--disable-shm=yes",
-            "--use-pid-file=no", "--system=false", "-F", "/dev/null",
-            "--load=module-native-protocol-unix auth-anonymous=1 socket=" + socket_.string(),
-            "--load=module-null-sink sink_name=speaker", "--load=module-null-source source_name=microphone" },
-            /*quiet=*/true);
+        if (kind_ == Kind::pulseAudio)
+            startPulseAudio();
+        else
+            startPipeWire();
         if (!waitUntil([this] { return control("info"); }, std::chrono::seconds(20), std::chrono::milliseconds(100)))
             throw std::runtime_error("the test audio server did not start");
+        if (kind_ == Kind::pipeWire
+            && !(control("load-module module-null-sink sink_name=speaker")
+                && control("load-module module-null-sink media.class=Audio/Source/Virtual sink_name=microphone")))
+            throw std::runtime_error("the test audio server has no speaker or microphone");
         // Applications that record or play "the default device" use these.
         control("set-default-source microphone");
         control("set-default-sink speaker");
     }
 
-    static pid_t spawn(const std::vector<std::string>& arguments, bool quiet = false)
+    void startPulseAudio()
+    {
+        servers_.push_back(spawn({ "pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--disable-shm=yes",
+                                     "--use-pid-file=no", "--system=false", "-F", "/dev/null",
+                                     "--load=module-native-protocol-unix auth-anonymous=1 socket=" + socket_.string(),
+                                     "--load=module-null-sink sink_name=speaker",
+                                     "--load=module-null-source source_name=microphone" },
+            /*quiet=*/true));
+    }
+
+    // The three find each other and place their sockets through the runtime folder; the session
+    // manager, which links streams to devices, wants a session bus of its own.
+    void startPipeWire()
+    {
+        std::string folder = folder_.path().string();
+        servers_.push_back(spawn({ "dbus-run-session", "--", "sh", "-c", "pipewire & wireplumber & exec pipewire-pulse" },
+            /*quiet=*/true, { "XDG_RUNTIME_DIR=" + folder, "PIPEWIRE_RUNTIME_DIR=" + folder }));
+    }
+
+    // Each server runs in a process group of its own, with whatever it started.
+    void stopServer()
+    {
+        for (pid_t server : servers_) {
+            killpg(server, SIGTERM);
+            waitpid(server, nullptr, 0);
+        }
+        servers_.clear();
+    }
+
+    static pid_t spawn(
+        const std::vector<std::string>& arguments, bool quiet = false, const std::vector<std::string>& extraEnvironment = {})
     {
         std::vector<char*> argv;
         for (const std::string& argument : arguments)
@@ -108,8 +146,15 @@ private:
         posix_spawnattr_t attributes;
         posix_spawnattr_init(&attributes);
         posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
+        std::vector<std::string> environmentTexts(extraEnvironment);
+        for (char** variable = environ; *variable; ++variable)
+            environmentTexts.emplace_back(*variable);
+        std::vector<char*> environment;
+        for (std::string& variable : environmentTexts)
+            environment.push_back(variable.data());
+        environment.push_back(nullptr);
         pid_t pid = 0;
-        int failed = posix_spawnp(&pid, argv[0], &actions, &attributes, argv.data(), environ);
+        int failed = posix_spawnp(&pid, argv[0], &actions, &attributes, argv.data(), environment.data());
         posix_spawnattr_destroy(&attributes);
         posix_spawn_file_actions_destroy(&actions);
         if (failed)
@@ -117,17 +162,19 @@ private:
         return pid;
     }
 
+    // A client with whatever it started: it leads a process group of its own.
     static void stopProcess(pid_t pid)
     {
-        if (pid <= 0 || kill(pid, SIGTERM) != 0)
+        if (pid <= 0 || killpg(pid, SIGTERM) != 0)
             return;
         waitpid(pid, nullptr, 0);
     }
 
+    Kind kind_;
     TemporaryFolder folder_;
     std::filesystem::path socket_;
     std::string previousServer_;
-    pid_t server_ = 0;
+    std::vector<pid_t> servers_;
     std::vector<pid_t> clients_;
 };
 

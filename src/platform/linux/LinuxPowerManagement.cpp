@@ -12,6 +12,9 @@ namespace vardel::linux_desktop {
 
 namespace {
 
+// The first snapshot waits this long for the audio server's first answer; later ones never wait.
+constexpr std::chrono::milliseconds firstListingTimeout(1000);
+
 bool equalIgnoringAsciiCase(std::string_view left, std::string_view right)
 {
     return std::equal(left.begin(), left.end(), right.begin(), right.end(),
@@ -50,14 +53,33 @@ LinuxPowerManagement::LinuxPowerManagement(Workspace& workspace, Clock& clock, L
 
 AssertionsByProcess LinuxPowerManagement::copyAssertionsByProcess()
 {
+    if (!settled_) {
+        streams_.waitUntilSettled(firstListingTimeout);
+        settled_ = true;
+    }
     logNotices();
-    std::vector<AudioStream> evidence = streams_.evidence();
-    Value::Dictionary streamAssertions = evidence.empty()
-        ? Value::Dictionary {}
-        : AudioStreamList::assertionsOf(evidence, runningApplicationPids());
     auto inhibitorAssertions = inhibitors_.assertions(
         [this](const std::string& applicationId) { return runningApplicationWithId(applicationId); });
-    return { 0, mergedAssertions(std::move(streamAssertions), inhibitorAssertions) };
+    const Value::Dictionary& streamAssertions = currentStreamAssertions();
+    if (inhibitorAssertions.empty())
+        return { 0, streamAssertions };
+    return { 0, mergedAssertions(streamAssertions, inhibitorAssertions) };
+}
+
+// The records of the streams are made again only when the streams changed, or while one of them has
+// not been traced to a running application yet: at one sample a second, streams change seldom.
+const Value::Dictionary& LinuxPowerManagement::currentStreamAssertions()
+{
+    uint64_t generation = streams_.generation();
+    if (generation == streamGeneration_ && everyStreamOwned_)
+        return streamAssertions_;
+    std::vector<AudioStream> evidence = streams_.evidence();
+    std::set<ProcessIdentifier> applications = evidence.empty() ? std::set<ProcessIdentifier> {} : runningApplicationPids();
+    streamAssertions_ = AudioStreamList::assertionsOf(evidence, applications);
+    everyStreamOwned_ = std::all_of(evidence.begin(), evidence.end(),
+        [&](const AudioStream& stream) { return AudioStreamList::owningApplication(stream, applications).has_value(); });
+    streamGeneration_ = generation;
+    return streamAssertions_;
 }
 
 std::optional<std::string> LinuxPowerManagement::pathForProcess(ProcessIdentifier pid)

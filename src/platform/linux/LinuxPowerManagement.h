@@ -29,6 +29,7 @@ public:
     std::optional<std::string> pathForProcess(ProcessIdentifier) override;
 
 private:
+    const Value::Dictionary& currentStreamAssertions();
     std::set<ProcessIdentifier> runningApplicationPids();
     std::optional<ProcessIdentifier> runningApplicationWithId(const std::string& applicationId);
     void logNotices();
@@ -36,6 +37,10 @@ private:
     Workspace& workspace_;
     Log& log_;
     PulseAudioStreams streams_;
+    bool settled_ = false;
+    Value::Dictionary streamAssertions_;
+    std::optional<uint64_t> streamGeneration_;
+    bool everyStreamOwned_ = false;
     SessionInhibitors inhibitors_;
 };
 

@@ -8,6 +8,7 @@
 #include <charconv>
 #include <cstring>
 #include <set>
+#include <thread>
 
 namespace vardel::linux_desktop {
 
@@ -93,8 +94,11 @@ struct PulseAudioStreams::Client {
     ContextHandle context;
     pa_time_event* reconnectTimer = nullptr;
     AudioStreamList streams;
+    uint64_t generation = 0;
     std::set<uint32_t> monitorSources;
     bool connected = false;
+    // The first answer is in: the server's streams were listed, or it could not be reached.
+    bool settled = false;
     bool unreachableReported = false;
     std::vector<std::string> notices;
 
@@ -119,6 +123,7 @@ struct PulseAudioStreams::Client {
     void lost()
     {
         streams.clear();
+        ++generation;
         monitorSources.clear();
         if (connected)
             notices.emplace_back("Lost the audio server: calls are recognised again once it is back");
@@ -126,6 +131,7 @@ struct PulseAudioStreams::Client {
             notices.emplace_back("No audio server is reachable: microphones and speakers in use are not seen");
         unreachableReported = true;
         connected = false;
+        settled = true;
         armReconnect();
     }
 
@@ -150,6 +156,8 @@ struct PulseAudioStreams::Client {
         release(pa_context_get_source_info_list(context.get(), onSource, this));
         release(pa_context_get_sink_input_info_list(context.get(), onSinkInput, this));
         release(pa_context_get_source_output_info_list(context.get(), onSourceOutput, this));
+        // Answered after the lists above.
+        release(pa_context_get_server_info(context.get(), onListed, this));
     }
 
     void take(AudioStream stream)
@@ -157,7 +165,16 @@ struct PulseAudioStreams::Client {
         if (stream.pid && !streams.knowsAncestryOf(stream.direction, stream.index))
             stream.ancestry = ancestry.lineOf(*stream.pid);
         streams.update(std::move(stream), now());
+        ++generation;
     }
+
+    void removed(AudioStream::Direction direction, uint32_t index)
+    {
+        streams.remove(direction, index);
+        ++generation;
+    }
+
+    static void onListed(pa_context*, const pa_server_info*, void* client) { static_cast<Client*>(client)->settled = true; }
 
     static void onState(pa_context* context, void* client)
     {
@@ -190,12 +207,12 @@ struct PulseAudioStreams::Client {
         bool removed = (event & PA_SUBSCRIPTION_EVENT_TYPE_MASK) == PA_SUBSCRIPTION_EVENT_REMOVE;
         if (facility == PA_SUBSCRIPTION_EVENT_SINK_INPUT) {
             if (removed)
-                self->streams.remove(AudioStream::Direction::playback, index);
+                self->removed(AudioStream::Direction::playback, index);
             else
                 release(pa_context_get_sink_input_info(context, index, onSinkInput, client));
         } else if (facility == PA_SUBSCRIPTION_EVENT_SOURCE_OUTPUT) {
             if (removed)
-                self->streams.remove(AudioStream::Direction::capture, index);
+                self->removed(AudioStream::Direction::capture, index);
             else
                 release(pa_context_get_source_output_info(context, index, onSourceOutput, client));
         } else if (facility == PA_SUBSCRIPTION_EVENT_SOURCE) {
@@ -274,12 +291,36 @@ PulseAudioStreams::~PulseAudioStreams()
     client_->mainloop.reset();
 }
 
+bool PulseAudioStreams::waitUntilSettled(std::chrono::milliseconds timeout) const
+{
+    auto deadline = std::chrono::steady_clock::now() + timeout;
+    while (client_->mainloop) {
+        {
+            MainloopLock lock(client_->mainloop.get());
+            if (client_->settled)
+                return true;
+        }
+        if (std::chrono::steady_clock::now() >= deadline)
+            return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return false;
+}
+
 std::vector<AudioStream> PulseAudioStreams::evidence() const
 {
     if (!client_->mainloop)
         return {};
     MainloopLock lock(client_->mainloop.get());
     return client_->streams.evidence();
+}
+
+uint64_t PulseAudioStreams::generation() const
+{
+    if (!client_->mainloop)
+        return 0;
+    MainloopLock lock(client_->mainloop.get());
+    return client_->generation;
 }
 
 bool PulseAudioStreams::isConnected() const

@@ -2,6 +2,8 @@
 
 #include "platform/linux/AudioStream.h"
 
+#include <chrono>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -23,8 +25,14 @@ public:
     PulseAudioStreams(const PulseAudioStreams&) = delete;
     PulseAudioStreams& operator=(const PulseAudioStreams&) = delete;
 
+    // Waits until the server's streams were first listed, or the server was found unreachable, and
+    // says whether that happened in time. A tracker that reads the list once at start-up (a dump)
+    // would otherwise see nothing.
+    bool waitUntilSettled(std::chrono::milliseconds timeout) const;
     // The streams that may be evidence of a call: running, of a local process, not a level meter.
     std::vector<AudioStream> evidence() const;
+    // Changes whenever the list does, so that a reader can keep what it made of the last one.
+    uint64_t generation() const;
     bool isConnected() const;
     // What happened to the connection since the last call, as log lines.
     std::vector<std::string> takeNotices();

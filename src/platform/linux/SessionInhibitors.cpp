@@ -2,6 +2,7 @@
 
 #include <gio/gio.h>
 
+#include <array>
 #include <map>
 #include <memory>
 
@@ -10,6 +11,8 @@ namespace vardel::linux_desktop {
 namespace {
 
 constexpr int callTimeoutMilliseconds = 1000;
+// The first reading, at start-up, waits for its answers; a service that is slow then is given less.
+constexpr int firstReadTimeoutMilliseconds = 300;
 constexpr auto refreshInterval = std::chrono::seconds(5);
 // The platform's assertion level for "on".
 constexpr int assertionOn = 255;
@@ -51,23 +54,64 @@ GVariantHandle finishCall(GObject* bus, GAsyncResult* result, bool& cancelled)
     return reply;
 }
 
+std::vector<SessionInhibitors::LogindInhibitor> logindInhibitorsIn(GVariant* reply)
+{
+    std::vector<SessionInhibitors::LogindInhibitor> inhibitors;
+    if (!reply)
+        return inhibitors;
+    GVariantIter* unpacked = nullptr;
+    g_variant_get(reply, "(a(ssssuu))", &unpacked);
+    GVariantIterHandle iterator(unpacked);
+    const gchar *what, *who, *why, *mode;
+    guint32 uid, pid;
+    while (g_variant_iter_next(iterator.get(), "(&s&s&s&suu)", &what, &who, &why, &mode, &uid, &pid))
+        inhibitors.push_back({ what, who, why, mode, uid, pid });
+    return inhibitors;
+}
+
+std::vector<std::string> objectPathsIn(GVariant* reply)
+{
+    std::vector<std::string> paths;
+    if (!reply)
+        return paths;
+    GVariantIter* unpacked = nullptr;
+    g_variant_get(reply, "(ao)", &unpacked);
+    GVariantIterHandle iterator(unpacked);
+    const gchar* path = nullptr;
+    while (g_variant_iter_next(iterator.get(), "&o", &path))
+        paths.emplace_back(path);
+    return paths;
+}
+
+// One answer about a session manager's inhibitor, into the member the method reads.
+void takeInhibitorAnswer(SessionInhibitors::SessionManagerInhibitor& inhibitor, std::string_view method, GVariant* reply)
+{
+    if (!reply)
+        return;
+    if (method == "GetFlags" && g_variant_is_of_type(reply, G_VARIANT_TYPE("(u)"))) {
+        g_variant_get(reply, "(u)", &inhibitor.flags);
+    } else if (g_variant_is_of_type(reply, G_VARIANT_TYPE("(s)"))) {
+        const gchar* text = nullptr;
+        g_variant_get(reply, "(&s)", &text);
+        (method == "GetAppId" ? inhibitor.applicationId : inhibitor.reason) = text;
+    }
+}
+
+constexpr std::array<const char*, 3> inhibitorQuestions { "GetAppId", "GetReason", "GetFlags" };
+
+GVariantHandle callNow(GDBusConnection* bus, const char* service, const char* path, const char* interface,
+    const char* method, const GVariantType* replyType)
+{
+    return GVariantHandle(g_dbus_connection_call_sync(bus, service, path, interface, method, nullptr, replyType,
+        G_DBUS_CALL_FLAGS_NO_AUTO_START, firstReadTimeoutMilliseconds, nullptr, nullptr));
+}
+
 void onLogindInhibitors(GObject* bus, GAsyncResult* result, gpointer owner)
 {
     bool cancelled = false;
     GVariantHandle reply = finishCall(bus, result, cancelled);
-    if (cancelled)
-        return;
-    std::vector<SessionInhibitors::LogindInhibitor> inhibitors;
-    if (reply) {
-        GVariantIter* unpacked = nullptr;
-        g_variant_get(reply.get(), "(a(ssssuu))", &unpacked);
-        GVariantIterHandle iterator(unpacked);
-        const gchar *what, *who, *why, *mode;
-        guint32 uid, pid;
-        while (g_variant_iter_next(iterator.get(), "(&s&s&s&suu)", &what, &who, &why, &mode, &uid, &pid))
-            inhibitors.push_back({ what, who, why, mode, uid, pid });
-    }
-    static_cast<SessionInhibitors*>(owner)->takeLogindInhibitors(std::move(inhibitors));
+    if (!cancelled)
+        static_cast<SessionInhibitors*>(owner)->takeLogindInhibitors(logindInhibitorsIn(reply.get()));
 }
 
 // One reading of the session manager's inhibitors: their list, then three questions to each.
@@ -98,15 +142,7 @@ void onInhibitorAnswer(GObject* bus, GAsyncResult* result, gpointer data)
     std::unique_ptr<InhibitorQuestion> question(static_cast<InhibitorQuestion*>(data));
     bool cancelled = false;
     GVariantHandle reply = finishCall(bus, result, cancelled);
-    auto& inhibitor = question->reading->inhibitors[question->inhibitor];
-    std::string_view method = question->method;
-    if (reply && method == "GetFlags" && g_variant_is_of_type(reply.get(), G_VARIANT_TYPE("(u)")))
-        g_variant_get(reply.get(), "(u)", &inhibitor.flags);
-    else if (reply && g_variant_is_of_type(reply.get(), G_VARIANT_TYPE("(s)"))) {
-        const gchar* text = nullptr;
-        g_variant_get(reply.get(), "(&s)", &text);
-        (method == "GetAppId" ? inhibitor.applicationId : inhibitor.reason) = text;
-    }
+    takeInhibitorAnswer(question->reading->inhibitors[question->inhibitor], question->method, reply.get());
     question->reading->answered();
 }
 
@@ -115,20 +151,12 @@ void onSessionManagerInhibitors(GObject* bus, GAsyncResult* result, gpointer dat
     auto* reading = static_cast<SessionManagerReading*>(data);
     bool cancelled = false;
     GVariantHandle reply = finishCall(bus, result, cancelled);
-    std::vector<std::string> paths;
-    if (reply) {
-        GVariantIter* unpacked = nullptr;
-        g_variant_get(reply.get(), "(ao)", &unpacked);
-        GVariantIterHandle iterator(unpacked);
-        const gchar* path = nullptr;
-        while (g_variant_iter_next(iterator.get(), "&o", &path))
-            paths.emplace_back(path);
-    }
+    std::vector<std::string> paths = objectPathsIn(reply.get());
     reading->inhibitors.resize(paths.size());
     // The list itself counts as one answer, so that the reading ends when the last question does.
     reading->pendingAnswers = 1;
     for (size_t inhibitor = 0; inhibitor < paths.size() && !cancelled; ++inhibitor) {
-        for (const char* method : { "GetAppId", "GetReason", "GetFlags" }) {
+        for (const char* method : inhibitorQuestions) {
             ++reading->pendingAnswers;
             g_dbus_connection_call(G_DBUS_CONNECTION(bus), sessionManagerService, paths[inhibitor].c_str(),
                 inhibitorInterface, method, nullptr, nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, callTimeoutMilliseconds,
@@ -160,7 +188,29 @@ SessionInhibitors::SessionInhibitors()
             "org.gnome.SessionManager", nullptr, sessionManagerPath, nullptr, G_DBUS_SIGNAL_FLAGS_NONE,
             onChangeAnnounced, this, nullptr);
     }
-    refresh();
+    readNow();
+}
+
+void SessionInhibitors::readNow()
+{
+    lastRefresh_ = std::chrono::steady_clock::now();
+    if (systemBus_) {
+        logindInhibitors_ = logindInhibitorsIn(callNow(systemBus_.get(), logindService, logindPath,
+            "org.freedesktop.login1.Manager", "ListInhibitors", G_VARIANT_TYPE("(a(ssssuu))"))
+                                                   .get());
+    }
+    if (!sessionBus_)
+        return;
+    auto list = callNow(sessionBus_.get(), sessionManagerService, sessionManagerPath, "org.gnome.SessionManager",
+        "GetInhibitors", G_VARIANT_TYPE("(ao)"));
+    for (const std::string& path : objectPathsIn(list.get())) {
+        SessionManagerInhibitor& inhibitor = sessionManagerInhibitors_.emplace_back();
+        for (const char* method : inhibitorQuestions) {
+            takeInhibitorAnswer(inhibitor, method,
+                callNow(sessionBus_.get(), sessionManagerService, path.c_str(), inhibitorInterface, method, nullptr)
+                    .get());
+        }
+    }
 }
 
 SessionInhibitors::~SessionInhibitors()

@@ -17,7 +17,7 @@ namespace vardel::linux_desktop {
 // What programs keep the session from going idle or the system from sleeping: logind's inhibitors
 // (system bus) and, on GNOME, the session manager's (session bus). Both are read in the
 // background, when they announce a change and at most every few seconds otherwise, so that a
-// sample reads the last answer from memory. Without either service the list is simply empty.
+// sample reads the last answer from memory; only the first reading, when the list is made, waits. Without either service the list is simply empty.
 class SessionInhibitors {
 public:
     struct LogindInhibitor {
@@ -54,6 +54,8 @@ public:
     void takeSessionManagerInhibitors(std::vector<SessionManagerInhibitor>);
 
 private:
+    // The first reading waits for its answers, so that a snapshot taken at start-up has them.
+    void readNow();
     void refreshLogind();
     void refreshSessionManager();
 

@@ -1,4 +1,5 @@
-// The stream list against a real PulseAudio server of the test's own.
+// The stream list against real audio servers of the test's own: PulseAudio, and PipeWire through its
+// PulseAudio server.
 
 #include "platform/linux/PulseAudioStreams.h"
 #include "support/TestAudioServer.h"
@@ -26,11 +27,13 @@ PulseAudioStreams::Now fixedClock()
     return [] { return Date { 1000 }; };
 }
 
+class PulseAudioStreamsTest : public ::testing::TestWithParam<testing::TestAudioServer::Kind> { };
+
 } // namespace
 
-TEST(PulseAudioStreamsTest, FollowsCaptureAndPlaybackButNotMonitors)
+TEST_P(PulseAudioStreamsTest, FollowsCaptureAndPlaybackButNotMonitors)
 {
-    testing::TestAudioServer server;
+    testing::TestAudioServer server(GetParam());
     PulseAudioStreams streams(fixedClock());
     ASSERT_TRUE(waitUntil([&] { return streams.isConnected(); }, 10s));
 
@@ -55,9 +58,9 @@ TEST(PulseAudioStreamsTest, FollowsCaptureAndPlaybackButNotMonitors)
     EXPECT_TRUE(hasStream(streams, AudioStream::Direction::playback, speaker));
 }
 
-TEST(PulseAudioStreamsTest, FollowsTheServerAcrossARestart)
+TEST_P(PulseAudioStreamsTest, FollowsTheServerAcrossARestart)
 {
-    testing::TestAudioServer server;
+    testing::TestAudioServer server(GetParam());
     PulseAudioStreams streams(fixedClock());
     ASSERT_TRUE(waitUntil([&] { return streams.isConnected(); }, 10s));
     pid_t before = server.record();
@@ -72,7 +75,11 @@ TEST(PulseAudioStreamsTest, FollowsTheServerAcrossARestart)
         [](const std::string& notice) { return notice.starts_with("Lost the audio server"); }));
 }
 
-TEST(PulseAudioStreamsTest, WithoutAServerTheListIsEmptyAndSaysSoOnce)
+INSTANTIATE_TEST_SUITE_P(Servers, PulseAudioStreamsTest,
+    ::testing::Values(testing::TestAudioServer::Kind::pulseAudio, testing::TestAudioServer::Kind::pipeWire),
+    [](const auto& info) { return info.param == testing::TestAudioServer::Kind::pulseAudio ? "PulseAudio" : "PipeWire"; });
+
+TEST(PulseAudioStreamsWithoutServerTest, ListIsEmptyAndSaysSoOnce)
 {
     testing::TemporaryFolder nowhere;
     setenv("PULSE_SERVER", ("unix:" + (nowhere.path() / "none").string()).c_str(), 1);
