@@ -46,6 +46,19 @@ void ActivityWriter::finishRunningSpan(Date at)
         finishedSpans_.push_back(std::move(*runningSpan_));
     runningSpan_.reset();
     runningSpanChanged_ = false;
+    keepWithinBound();
+}
+
+void ActivityWriter::keepWithinBound()
+{
+    if (finishedSpans_.size() <= maximumPendingSpans_)
+        return;
+    if (droppedSpans_ == 0)
+        platform().log().warning("The store has refused writes for so long that the oldest recorded activity is "
+                                 "being dropped to keep the tracker's memory bounded");
+    size_t excess = finishedSpans_.size() - maximumPendingSpans_;
+    finishedSpans_.erase(finishedSpans_.begin(), finishedSpans_.begin() + static_cast<std::ptrdiff_t>(excess));
+    droppedSpans_ += excess;
 }
 
 void ActivityWriter::flushWhenDue(Date at)
@@ -80,7 +93,11 @@ bool ActivityWriter::flush()
         runningSpan_->id = batch.back().id;
     finishedSpans_.clear();
     runningSpanChanged_ = false;
+    if (lastFlushFailed_)
+        platform().log().info("The recorded activity is written again"
+            + (droppedSpans_ ? "; " + std::to_string(droppedSpans_) + " spans were dropped meanwhile" : std::string()));
     lastFlushFailed_ = false;
+    droppedSpans_ = 0;
     return true;
 }
 

@@ -22,9 +22,13 @@ public:
     // Samples further apart than this (the computer slept, the process was stopped) never share a
     // span, even with the same record.
     static constexpr double longestSampleGapSeconds = 60;
+    // While the store refuses writes (full disk, lock, read-only file), finished spans wait in
+    // memory up to this many, days of ordinary use; beyond it the oldest are dropped, and said.
+    static constexpr size_t defaultMaximumPendingSpans = 20000;
 
-    explicit ActivityWriter(Database& database)
+    explicit ActivityWriter(Database& database, size_t maximumPendingSpans = defaultMaximumPendingSpans)
         : database_(database)
+        , maximumPendingSpans_(maximumPendingSpans)
     {
     }
 
@@ -48,14 +52,17 @@ private:
     // The running span becomes a finished one, ending no later than `at`.
     void finishRunningSpan(Date at);
     void flushWhenDue(Date at);
+    void keepWithinBound();
 
     Database& database_;
+    size_t maximumPendingSpans_;
     // Ended, and not yet written in their final state.
     std::vector<ActivitySpan> finishedSpans_;
     std::optional<ActivitySpan> runningSpan_;
     bool runningSpanChanged_ = false;
     std::optional<Date> nextFlushDue_;
     bool lastFlushFailed_ = false;
+    size_t droppedSpans_ = 0;
     std::unique_ptr<PostSyncUpdater> postSyncUpdater_;
 };
 

@@ -78,13 +78,17 @@ DatabaseResult<std::unique_ptr<Database>> Database::open(const std::filesystem::
     if (!connected.ok())
         return connected.error();
     SqliteConnection connection = std::move(connected).value();
+    // A damaged file stays recognisable as such, so that it can be set aside.
+    auto openingFailure = [&](const DatabaseError& failure) {
+        DatabaseError reported = cannotOpen(file, failure.message);
+        if (failure.kind == DatabaseError::Kind::damaged || failure.kind == DatabaseError::Kind::newerSchema)
+            reported.kind = failure.kind;
+        return failure.kind == DatabaseError::Kind::newerSchema ? failure : reported;
+    };
     if (auto failure = enableWriteAheadLog(connection))
-        return cannotOpen(file, failure->message);
-    if (auto failure = DatabaseSchema::migrate(connection)) {
-        if (failure->kind == DatabaseError::Kind::newerSchema)
-            return *failure;
-        return cannotOpen(file, failure->message);
-    }
+        return openingFailure(*failure);
+    if (auto failure = DatabaseSchema::migrate(connection))
+        return openingFailure(*failure);
     return std::unique_ptr<Database>(new Database(std::move(connection)));
 }
 

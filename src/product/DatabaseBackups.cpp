@@ -19,7 +19,7 @@ DatabaseError backupFailure(const std::string& reason)
 
 } // namespace
 
-std::string DatabaseBackups::fileName(Date date)
+std::string DatabaseBackups::timeStamp(Date date)
 {
     // UTC and fixed width, so that names sort in the order the backups were taken.
     std::time_t seconds = static_cast<std::time_t>(std::floor(date.secondsSince1970));
@@ -27,7 +27,17 @@ std::string DatabaseBackups::fileName(Date date)
     gmtime_r(&seconds, &parts);
     char stamp[32];
     std::strftime(stamp, sizeof stamp, "%Y%m%dT%H%M%SZ", &parts);
-    return std::string(namePrefix) + stamp + std::string(nameSuffix);
+    return stamp;
+}
+
+std::string DatabaseBackups::fileNameWithStamp(std::string_view stamp)
+{
+    return std::string(namePrefix) + std::string(stamp) + std::string(nameSuffix);
+}
+
+std::string DatabaseBackups::fileName(Date date)
+{
+    return fileNameWithStamp(timeStamp(date));
 }
 
 DatabaseResult<std::filesystem::path> DatabaseBackups::create(

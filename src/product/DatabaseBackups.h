@@ -5,6 +5,8 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <string>
+#include <string_view>
 #include <vector>
 
 namespace vardel {
@@ -23,8 +25,13 @@ public:
     // The backups in the folder, oldest first; files of other names are not backups.
     static std::vector<std::filesystem::path> list(const std::filesystem::path& backupsFolder);
 
-private:
+    // "20261125T101500Z": UTC, fixed width, sorting in time order.
+    static std::string timeStamp(Date);
+    // "vardel-20261125T101500Z.sqlite3".
+    static std::string fileNameWithStamp(std::string_view stamp);
     static std::string fileName(Date);
+
+private:
     static void removeOldest(const std::filesystem::path& backupsFolder);
 };
 

@@ -2,9 +2,9 @@
 
 namespace vardel {
 
-DatabaseError DatabaseError::statementFailure(std::string_view reason)
+DatabaseError DatabaseError::statementFailure(std::string_view reason, bool damaged)
 {
-    return { Kind::statementFailed, "A database operation failed: " + std::string(reason) };
+    return { damaged ? Kind::damaged : Kind::statementFailed, "A database operation failed: " + std::string(reason) };
 }
 
 const char* kindName(DatabaseError::Kind kind)
@@ -22,6 +22,8 @@ const char* kindName(DatabaseError::Kind kind)
         return "notFound";
     case DatabaseError::Kind::statementFailed:
         return "statementFailed";
+    case DatabaseError::Kind::damaged:
+        return "damaged";
     }
     return "unknown";
 }

@@ -21,13 +21,16 @@ struct DatabaseError {
         notFound,
         // SQLite failed a statement (disk full, locked, I/O error).
         statementFailed,
+        // The file is not a database, or its contents are damaged.
+        damaged,
     };
 
     Kind kind;
     std::string message;
 
-    // SQLite's reason for a failed statement, worded for the user.
-    static DatabaseError statementFailure(std::string_view reason);
+    // SQLite's reason for a failed statement, worded for the user; damaged when SQLite found the file
+    // not to be a database or its contents malformed.
+    static DatabaseError statementFailure(std::string_view reason, bool damaged = false);
 
     bool operator==(const DatabaseError&) const = default;
 };

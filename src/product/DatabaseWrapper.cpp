@@ -1,5 +1,7 @@
 #include "product/DatabaseWrapper.h"
 
+#include "product/DamagedStores.h"
+
 #include "platform/Platform.h"
 #include "platform/ProcessWide.h"
 #include "product/DatabaseBackups.h"
@@ -44,6 +46,8 @@ Database* DatabaseWrapper::database()
     if (database_ || !dataFolder_ || openingFailed_)
         return database_.get();
     auto opened = Database::open(*dataFolder_);
+    if (!opened.ok() && opened.error().kind == DatabaseError::Kind::damaged)
+        opened = replaceDamagedStore();
     if (!opened.ok()) {
         openingFailed_ = true;
         presenter_.present("DatabaseWrapper", opened.error());
@@ -52,6 +56,17 @@ Database* DatabaseWrapper::database()
     database_ = std::move(opened).value();
     database_->setErrorPresenter(presenter_);
     return database_.get();
+}
+
+// A damaged store is kept aside rather than deleted, and recording goes on in a fresh one.
+DatabaseResult<std::unique_ptr<Database>> DatabaseWrapper::replaceDamagedStore()
+{
+    auto kept = DamagedStores::setAside(*dataFolder_, platform().clock().now());
+    if (!kept)
+        return DatabaseError { DatabaseError::Kind::damaged,
+            "The activity store in " + dataFolder_->string() + " is damaged and cannot be moved aside." };
+    platform().log().warning(DamagedStores::describe(*dataFolder_, *kept));
+    return Database::open(*dataFolder_);
 }
 
 ActivityWriter* DatabaseWrapper::activityWriter()

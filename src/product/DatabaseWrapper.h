@@ -44,6 +44,7 @@ public:
     SyncManager& syncManager() { return syncManager_; }
 
 private:
+    DatabaseResult<std::unique_ptr<Database>> replaceDamagedStore();
     std::optional<std::filesystem::path> dataFolder_;
     std::unique_ptr<Database> database_;
     // Declared after the database, which it writes to, so that it goes first.

@@ -8,8 +8,9 @@ namespace vardel {
 namespace {
 
 // Another tracker process may hold the write lock briefly (a relaunch overlaps the old and the new
-// process), so a locked database is waited for rather than reported at once.
-constexpr int busyTimeoutMilliseconds = 5000;
+// process), so a locked database is waited for rather than reported at once; but only for a second:
+// a write that still cannot go is tried again later by its caller, so the sampling never stalls long.
+constexpr int busyTimeoutMilliseconds = 1000;
 
 } // namespace
 
@@ -108,7 +109,13 @@ std::optional<DatabaseError> SqliteConnection::backUpInto(const std::filesystem:
 
 DatabaseError SqliteConnection::failure() const
 {
-    return DatabaseError::statementFailure(sqlite3_errmsg(connection_.get()));
+    return failureOf(connection_.get());
+}
+
+DatabaseError SqliteConnection::failureOf(sqlite3* connection)
+{
+    int code = sqlite3_errcode(connection) & 0xff;
+    return DatabaseError::statementFailure(sqlite3_errmsg(connection), code == SQLITE_CORRUPT || code == SQLITE_NOTADB);
 }
 
 } // namespace vardel

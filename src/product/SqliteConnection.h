@@ -33,6 +33,8 @@ public:
     // Copies the whole database, as of one consistent moment, into a new file (replaced when it
     // exists). Writers may go on meanwhile; the copy waits for a busy lock like any reader.
     std::optional<DatabaseError> backUpInto(const std::filesystem::path& file);
+    // A connection's last error, for its statements too.
+    static DatabaseError failureOf(sqlite3*);
 
 private:
     struct Closer {

@@ -1,5 +1,7 @@
 #include "product/SqliteStatement.h"
 
+#include "product/SqliteConnection.h"
+
 #include <sqlite3.h>
 
 namespace vardel {
@@ -59,7 +61,7 @@ DatabaseResult<bool> SqliteStatement::step()
         return true;
     if (code == SQLITE_DONE)
         return false;
-    return DatabaseError::statementFailure(sqlite3_errmsg(sqlite3_db_handle(statement_.get())));
+    return SqliteConnection::failureOf(sqlite3_db_handle(statement_.get()));
 }
 
 int64_t SqliteStatement::integerColumn(int index) const

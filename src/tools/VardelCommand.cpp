@@ -2,6 +2,7 @@
 
 #include "platform/linux/ScriptingCommandServer.h"
 #include "product/ActivitySummary.h"
+#include "product/DamagedStores.h"
 #include "product/DataFolder.h"
 #include "product/Database.h"
 #include "product/LocalCalendar.h"
@@ -50,6 +51,8 @@ std::unique_ptr<Database> openStore(const VardelCommand::EnvironmentLookup& envi
         errors << "vardel: " << opened.error().message << "\n";
         return nullptr;
     }
+    for (const auto& kept : DamagedStores::list(*folder))
+        errors << "vardel: note: " << DamagedStores::describe(*folder, kept) << "\n";
     return std::move(opened).value();
 }
 

@@ -194,17 +194,14 @@ TEST_F(DatabaseTest, FailedMutationRollsBackEveryChangeAndIsPresented)
     EXPECT_EQ(warnings()[0].rfind("[RunningCallDetector:622] ", 0), 0u);
 }
 
-TEST_F(DatabaseTest, CorruptFileIsReportedOnceAndLeftAsItWas)
+TEST_F(DatabaseTest, CorruptFileIsReportedAsDamagedAndLeftAsItWas)
 {
     const std::string garbage(4096, 'x');
     std::ofstream(file(), std::ios::binary) << garbage;
-    DatabaseWrapper& wrapper = DatabaseWrapper::sharedInstance();
-    wrapper.configure(folder_.path());
-
-    EXPECT_EQ(wrapper.database(), nullptr);
-    EXPECT_EQ(wrapper.database(), nullptr);
-    ASSERT_EQ(warnings().size(), 1u);
-    EXPECT_NE(warnings()[0].find("cannot be opened"), std::string::npos);
+    auto opened = Database::open(folder_.path());
+    ASSERT_FALSE(opened.ok());
+    EXPECT_EQ(opened.error().kind, DatabaseError::Kind::damaged);
+    EXPECT_NE(opened.error().message.find("cannot be opened"), std::string::npos);
     EXPECT_EQ(contents(file()), garbage);
 }
 

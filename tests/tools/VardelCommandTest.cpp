@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <fstream>
 #include <sstream>
 
 namespace vardel {
@@ -180,6 +181,18 @@ TEST_F(VardelCommandTest, AFolderWithoutAStoreIsReportedAndLeftAlone)
     EXPECT_EQ(result.status, VardelCommand::failureStatus);
     EXPECT_NE(result.errors.find("nothing has been recorded yet"), std::string::npos) << result.errors;
     EXPECT_TRUE(std::filesystem::is_empty(data_.path()));
+}
+
+TEST_F(VardelCommandTest, AStoreSetAsideAsDamagedIsMentionedWithTheReport)
+{
+    fillStore();
+    std::ofstream(data_.path() / (std::string(Database::fileName) + ".damaged-20260105T090000Z")) << "damaged";
+    CommandRun result = run({ "report", "--json" });
+    EXPECT_EQ(result.status, VardelCommand::successStatus);
+    EXPECT_NE(result.errors.find("note: The activity store was found damaged and set aside as "), std::string::npos)
+        << result.errors;
+    EXPECT_NE(result.errors.find("There was no backup before it."), std::string::npos) << result.errors;
+    EXPECT_TRUE(nlohmann::json::accept(result.output)) << "the report itself stays readable";
 }
 
 // The whole path: the tracker replays a morning, ends, and `vardel report` shows it all.
