@@ -71,6 +71,34 @@ void ActivityWriter::flushWhenDue(Date at)
     nextFlushDue_ = Date { at.secondsSince1970 + flushIntervalSeconds };
 }
 
+// The data folder may be deleted under a running tracker; writing on into the removed file would lose
+// everything from then on when the process ends.
+bool ActivityWriter::followStoreFile()
+{
+    auto reopened = database_.reopenIfGone();
+    if (!reopened.ok()) {
+        reportFailure(reopened.error());
+        return false;
+    }
+    if (!reopened.value())
+        return true;
+    platform().log().warning("The activity store's file was removed while the tracker ran; recording goes on in a "
+                             "new one");
+    // The running span's row went with the old file.
+    if (runningSpan_) {
+        runningSpan_->id.reset();
+        runningSpanChanged_ = true;
+    }
+    return true;
+}
+
+void ActivityWriter::reportFailure(const DatabaseError& failure)
+{
+    if (!lastFlushFailed_)
+        platform().log().warning("The recorded activity cannot be written: " + failure.message);
+    lastFlushFailed_ = true;
+}
+
 bool ActivityWriter::hasPendingSpans() const
 {
     return !finishedSpans_.empty() || runningSpanChanged_;
@@ -80,13 +108,13 @@ bool ActivityWriter::flush()
 {
     if (!hasPendingSpans())
         return true;
+    if (!followStoreFile())
+        return false;
     std::vector<ActivitySpan> batch = finishedSpans_;
     if (runningSpanChanged_)
         batch.push_back(*runningSpan_);
     if (auto failure = database_.saveActivitySpans(batch)) {
-        if (!lastFlushFailed_)
-            platform().log().warning("The recorded activity cannot be written: " + failure->message);
-        lastFlushFailed_ = true;
+        reportFailure(*failure);
         return false;
     }
     if (runningSpanChanged_)

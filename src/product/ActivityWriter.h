@@ -53,6 +53,8 @@ private:
     void finishRunningSpan(Date at);
     void flushWhenDue(Date at);
     void keepWithinBound();
+    bool followStoreFile();
+    void reportFailure(const DatabaseError&);
 
     Database& database_;
     size_t maximumPendingSpans_;

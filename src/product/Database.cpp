@@ -5,6 +5,7 @@
 #include "product/ActivitySpanTable.h"
 #include "product/DatabaseSchema.h"
 
+#include <sys/stat.h>
 #include <system_error>
 
 namespace vardel {
@@ -62,9 +63,32 @@ void traceSavedEntry(const TaskActivity& entry)
 
 } // namespace
 
-Database::Database(SqliteConnection connection)
+Database::Database(SqliteConnection connection, std::filesystem::path dataFolder)
     : connection_(std::move(connection))
+    , dataFolder_(std::move(dataFolder))
+    , fileIdentity_(identityOf(dataFolder_ / fileName))
 {
+}
+
+std::optional<Database::FileIdentity> Database::identityOf(const std::filesystem::path& file)
+{
+    struct stat status { };
+    if (::stat(file.c_str(), &status) != 0)
+        return std::nullopt;
+    return FileIdentity { static_cast<uintmax_t>(status.st_dev), static_cast<uintmax_t>(status.st_ino) };
+}
+
+DatabaseResult<bool> Database::reopenIfGone()
+{
+    if (fileIdentity_ && identityOf(dataFolder_ / fileName) == fileIdentity_)
+        return false;
+    auto reopened = open(dataFolder_);
+    if (!reopened.ok())
+        return reopened.error();
+    std::unique_ptr<Database> fresh = std::move(reopened).value();
+    connection_ = std::move(fresh->connection_);
+    fileIdentity_ = fresh->fileIdentity_;
+    return true;
 }
 
 DatabaseResult<std::unique_ptr<Database>> Database::open(const std::filesystem::path& dataFolder)
@@ -89,7 +113,7 @@ DatabaseResult<std::unique_ptr<Database>> Database::open(const std::filesystem::
         return openingFailure(*failure);
     if (auto failure = DatabaseSchema::migrate(connection))
         return openingFailure(*failure);
-    return std::unique_ptr<Database>(new Database(std::move(connection)));
+    return std::unique_ptr<Database>(new Database(std::move(connection), dataFolder));
 }
 
 std::optional<DatabaseError> Database::runMutation(

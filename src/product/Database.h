@@ -57,13 +57,28 @@ public:
     // For the product's other stores that keep their tables in this file (integrations).
     SqliteConnection& connection() { return connection_; }
 
+    // When the file was removed or replaced behind the store's back (the data folder deleted), opens
+    // the file at the store's path afresh, creating it, and says true: what was written into the
+    // removed file went with it, but nothing written from now on does.
+    DatabaseResult<bool> reopenIfGone();
+
 private:
-    explicit Database(SqliteConnection);
+    // Which file the connection has open, to tell when the path leads elsewhere.
+    struct FileIdentity {
+        uintmax_t device = 0;
+        uintmax_t inode = 0;
+        bool operator==(const FileIdentity&) const = default;
+    };
+    static std::optional<FileIdentity> identityOf(const std::filesystem::path&);
+
+    Database(SqliteConnection, std::filesystem::path dataFolder);
 
     std::optional<DatabaseError> runMutation(const std::function<std::optional<DatabaseError>(DatabaseTransaction&)>&);
     void present(std::string_view fileLabel, int line, const DatabaseError&) const;
 
     SqliteConnection connection_;
+    std::filesystem::path dataFolder_;
+    std::optional<FileIdentity> fileIdentity_;
     DatabaseErrorPresenter presenter_;
 };
 

@@ -137,6 +137,36 @@ TEST_F(StoreFaultsTest, SpansWaitingInMemoryAreBoundedAndTheLossIsSaid)
     EXPECT_LE(samples - storedSpanCount(), samples - bound);
 }
 
+TEST_F(StoreFaultsTest, ADeletedDataFolderIsMadeAgainAndRecordingGoesOn)
+{
+    RecordedActivity editor = inApplication("Editor");
+    for (double second = 0; second < 40; ++second)
+        writer().recordSample(at(second), 1, editor);
+    ASSERT_TRUE(writer().flush());
+    std::filesystem::remove_all(folder_.path());
+    // A span still running through the removal is written whole again.
+    for (double second = 40; second < 42; ++second)
+        writer().recordSample(at(second), 1, editor);
+    EXPECT_TRUE(writer().flush());
+    EXPECT_EQ(storedSpanCount(), 1u);
+    auto running = database().activitySpansInRange(at(-86400), at(86400));
+    ASSERT_TRUE(running.ok() && !running.value().empty());
+    EXPECT_EQ(running.value().front().start, at(0));
+
+    switchEverySecond(42, 45);
+    for (double second = 45; second < 50; ++second)
+        writer().recordSample(at(second), 1, editor);
+    EXPECT_TRUE(writer().flush());
+    ASSERT_TRUE(std::filesystem::exists(folder_.path() / Database::fileName));
+    // The running span from before and everything after it is there.
+    EXPECT_EQ(storedSpanCount(), 5u);
+    auto spans = database().activitySpansInRange(at(-86400), at(86400));
+    ASSERT_TRUE(spans.ok());
+    EXPECT_EQ(spans.value().front().start, at(0));
+    EXPECT_EQ(spans.value().back().end, at(50));
+    EXPECT_EQ(warnings().size(), 1u);
+}
+
 TEST_F(StoreFaultsTest, ADamagedStoreIsSetAsideAndRecordingGoesOnInAFreshOne)
 {
     DatabaseWrapper::sharedInstance().configureUnavailable();
