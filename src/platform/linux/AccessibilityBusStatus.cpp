@@ -17,6 +17,8 @@ GVariantHandle callProperties(const char* method, GVariant* parameters, const GV
     GObjectHandle<GDBusConnection> bus(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
     if (!bus)
         return nullptr;
+    // GLib's shared connection would otherwise end the tracker when the session bus restarts.
+    g_dbus_connection_set_exit_on_close(bus.get(), FALSE);
     return GVariantHandle(g_dbus_connection_call_sync(bus.get(), "org.a11y.Bus", "/org/a11y/bus",
         "org.freedesktop.DBus.Properties", method, ownedParameters.get(), replyType, G_DBUS_CALL_FLAGS_NONE,
         callTimeoutMilliseconds, nullptr, nullptr));

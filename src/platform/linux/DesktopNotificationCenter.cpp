@@ -1,6 +1,7 @@
 #include "platform/linux/DesktopNotificationCenter.h"
 
 #include "platform/ValueJson.h"
+#include "platform/linux/MessageBus.h"
 
 #include <gio/gio.h>
 #include <nlohmann/json.hpp>
@@ -79,24 +80,38 @@ DesktopNotificationCenter::DesktopNotificationCenter(
     EventTrace& trace, Log& log, std::optional<std::filesystem::path> deliveredFile)
     : trace_(trace)
     , log_(log)
-    , bus_(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr))
     , deliveredFile_(std::move(deliveredFile))
 {
     loadDelivered();
-    if (!bus_)
-        return;
-    actionSubscription_ = g_dbus_connection_signal_subscribe(bus_.get(), nullptr, service, "ActionInvoked", objectPath,
-        nullptr, G_DBUS_SIGNAL_FLAGS_NONE, onActionInvoked, this, nullptr);
-    closedSubscription_ = g_dbus_connection_signal_subscribe(bus_.get(), nullptr, service, "NotificationClosed",
-        objectPath, nullptr, G_DBUS_SIGNAL_FLAGS_NONE, onClosed, this, nullptr);
+    connectIfGone();
 }
 
 DesktopNotificationCenter::~DesktopNotificationCenter()
+{
+    unsubscribe();
+}
+
+void DesktopNotificationCenter::unsubscribe()
 {
     if (!bus_)
         return;
     g_dbus_connection_signal_unsubscribe(bus_.get(), actionSubscription_);
     g_dbus_connection_signal_unsubscribe(bus_.get(), closedSubscription_);
+}
+
+bool DesktopNotificationCenter::connectIfGone()
+{
+    if (!MessageBus::isGone(bus_))
+        return true;
+    unsubscribe();
+    bus_ = MessageBus::connect(G_BUS_TYPE_SESSION);
+    if (!bus_)
+        return false;
+    actionSubscription_ = g_dbus_connection_signal_subscribe(bus_.get(), nullptr, service, "ActionInvoked", objectPath,
+        nullptr, G_DBUS_SIGNAL_FLAGS_NONE, onActionInvoked, this, nullptr);
+    closedSubscription_ = g_dbus_connection_signal_subscribe(bus_.get(), nullptr, service, "NotificationClosed",
+        objectPath, nullptr, G_DBUS_SIGNAL_FLAGS_NONE, onClosed, this, nullptr);
+    return true;
 }
 
 void DesktopNotificationCenter::registerCategory(const std::string& identifier,
@@ -107,7 +122,7 @@ void DesktopNotificationCenter::registerCategory(const std::string& identifier,
 
 void DesktopNotificationCenter::requestPermission(std::function<void(bool granted)> answer)
 {
-    if (!bus_)
+    if (!connectIfGone())
         return answer(false);
     g_dbus_connection_call(bus_.get(), service, objectPath, service, "GetCapabilities", nullptr, nullptr,
         G_DBUS_CALL_FLAGS_NONE, notifyTimeoutMilliseconds, nullptr, onCapabilities,
@@ -121,7 +136,7 @@ void DesktopNotificationCenter::deliver(const UserNotification& notification)
             { "category", notification.categoryIdentifier }, { "sound", notification.playsSound },
             { "userInfo", ValueJson::encode(Value(notification.userInfo)) } });
     log_.info("Notification: " + notification.title + ": " + notification.body);
-    if (!bus_)
+    if (!connectIfGone())
         return;
     GVariantBuilder actions;
     g_variant_builder_init(&actions, G_VARIANT_TYPE("as"));

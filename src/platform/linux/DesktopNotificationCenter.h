@@ -52,6 +52,9 @@ private:
         Value::Dictionary userInfo;
     };
 
+    // A restarted session bus closes the connection: a new one is made when it is needed.
+    bool connectIfGone();
+    void unsubscribe();
     void loadDelivered();
     void saveDelivered() const;
 

@@ -1,5 +1,7 @@
 #include "platform/linux/SessionInhibitors.h"
 
+#include "platform/linux/MessageBus.h"
+
 #include <gio/gio.h>
 
 #include <array>
@@ -175,20 +177,28 @@ void onChangeAnnounced(GDBusConnection*, const gchar*, const gchar*, const gchar
 
 SessionInhibitors::SessionInhibitors()
     : cancellable_(g_cancellable_new())
-    , systemBus_(g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr))
-    , sessionBus_(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr))
 {
-    if (systemBus_) {
-        logindSubscription_ = g_dbus_connection_signal_subscribe(systemBus_.get(), logindService,
-            "org.freedesktop.DBus.Properties", "PropertiesChanged", logindPath, nullptr, G_DBUS_SIGNAL_FLAGS_NONE,
-            onChangeAnnounced, this, nullptr);
-    }
-    if (sessionBus_) {
-        sessionManagerSubscription_ = g_dbus_connection_signal_subscribe(sessionBus_.get(), sessionManagerService,
-            "org.gnome.SessionManager", nullptr, sessionManagerPath, nullptr, G_DBUS_SIGNAL_FLAGS_NONE,
-            onChangeAnnounced, this, nullptr);
-    }
+    connectIfGone();
     readNow();
+}
+
+// A bus that restarted closed its connection: the next reading makes a new one.
+void SessionInhibitors::connectIfGone()
+{
+    if (MessageBus::isGone(systemBus_)) {
+        systemBus_ = MessageBus::connect(G_BUS_TYPE_SYSTEM);
+        if (systemBus_)
+            logindSubscription_ = g_dbus_connection_signal_subscribe(systemBus_.get(), logindService,
+                "org.freedesktop.DBus.Properties", "PropertiesChanged", logindPath, nullptr, G_DBUS_SIGNAL_FLAGS_NONE,
+                onChangeAnnounced, this, nullptr);
+    }
+    if (MessageBus::isGone(sessionBus_)) {
+        sessionBus_ = MessageBus::connect(G_BUS_TYPE_SESSION);
+        if (sessionBus_)
+            sessionManagerSubscription_ = g_dbus_connection_signal_subscribe(sessionBus_.get(), sessionManagerService,
+                "org.gnome.SessionManager", nullptr, sessionManagerPath, nullptr, G_DBUS_SIGNAL_FLAGS_NONE,
+                onChangeAnnounced, this, nullptr);
+    }
 }
 
 void SessionInhibitors::readNow()
@@ -235,6 +245,7 @@ Value::Dictionary SessionInhibitors::assertions(const ApplicationResolver& resol
 void SessionInhibitors::refresh()
 {
     lastRefresh_ = std::chrono::steady_clock::now();
+    connectIfGone();
     refreshLogind();
     refreshSessionManager();
 }

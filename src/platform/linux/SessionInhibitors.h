@@ -56,6 +56,7 @@ public:
 private:
     // The first reading waits for its answers, so that a snapshot taken at start-up has them.
     void readNow();
+    void connectIfGone();
     void refreshLogind();
     void refreshSessionManager();
 
