@@ -1,5 +1,6 @@
-// One whole sample on the real Linux backend: Chromium in front on a headless desktop, showing a
-// page of 5,000 elements. Reports the time per warm sample and the AT-SPI calls it makes.
+// One whole sample on the real Linux backend: Chromium in front on a headless X11 desktop, and
+// Firefox in front in a headless Wayland session (sway), each showing a page of 5,000 elements.
+// Reports the time per warm sample and the AT-SPI calls it makes.
 
 #include "activity/VDInfoExtractor.h"
 #include "extractors/BuiltInExtractors.h"
@@ -9,6 +10,7 @@
 #include "platform/linux/LinuxDesktop.h"
 #include "platform/linux/MemoryPreferenceStore.h"
 #include "support/HeadlessDesktop.h"
+#include "support/HeadlessWaylandDesktop.h"
 #include "support/TemporaryFolder.h"
 #include "support/WaitUntil.h"
 
@@ -27,6 +29,7 @@ namespace {
 constexpr int pageElements = 5000;
 constexpr const char* pageTitle = "Benchmark Page";
 constexpr uint16_t pagePort = 48123;
+constexpr uint16_t waylandPagePort = 48124;
 
 bool acceptsConnections(uint16_t port)
 {
@@ -113,6 +116,83 @@ void chromiumSample(benchmark::State& state)
 }
 
 BENCHMARK(chromiumSample)->Unit(benchmark::kMillisecond)->Iterations(200);
+
+// The frontmost window comes from the compositor's toplevel list (in memory), its process from the
+// accessibility bus (looked up once per window), the page from AT-SPI.
+void firefoxWaylandSample(benchmark::State& state)
+{
+    testing::HeadlessWaylandDesktop desktop(testing::WaylandCompositor::sway);
+    auto site = desktop.makeFolder(desktop.scratchFolder() / "site");
+    std::ofstream(site / "page.html") << pageHtml();
+    desktop.start("/usr/bin/python3",
+        { "-m", "http.server", std::to_string(waylandPagePort), "--bind", "127.0.0.1", "--directory", site.string() });
+    if (!testing::waitUntil([] { return acceptsConnections(waylandPagePort); }, std::chrono::seconds(10))) {
+        state.SkipWithError("the page server did not start");
+        return;
+    }
+    desktop.start("/usr/bin/firefox-esr",
+        { "--no-remote", "--profile", desktop.makeFolder(desktop.scratchFolder() / "profile").string(),
+            "http://127.0.0.1:" + std::to_string(waylandPagePort) + "/page.html" },
+        { { "MOZ_ENABLE_WAYLAND", "1" }, { "MOZ_CRASHREPORTER_DISABLE", "1" } });
+    bool shown = testing::waitUntil(
+        [&] {
+            try {
+                return desktop.run("swaymsg", { "-t", "get_tree" }).find(pageTitle) != std::string::npos;
+            } catch (const testing::HeadlessDesktopError&) {
+                return false;
+            }
+        },
+        std::chrono::seconds(60), std::chrono::milliseconds(250));
+    if (!shown) {
+        state.SkipWithError("Firefox did not show the page");
+        return;
+    }
+
+    // The session's buses admit their owner only.
+    testing::SessionUserScope sessionUser;
+    BuiltInExtractors::install();
+    ProcessWideState::resetAll();
+    JsonLinesTrace trace([] { return 0.0; });
+    linux_desktop::MemoryPreferenceStore defaults("defaults", trace);
+    linux_desktop::MemoryPreferenceStore preferences("preferences", trace);
+    linux_desktop::MemoryDefaultsDomains domains(trace);
+    auto platform = linux_desktop::LinuxDesktop::open({ defaults, preferences, domains }, trace);
+    Platform::install(platform.get());
+    auto& accessibility = dynamic_cast<linux_desktop::AtspiAccessibility&>(platform->accessibility());
+
+    bool pageFound = false;
+    for (int attempt = 0; attempt < 100 && !pageFound; ++attempt) {
+        auto activity = VDInfoExtractor::currentActivity();
+        if (activity) {
+            VDInfoExtractor::callInfoExtractorForActivity(*activity);
+            pageFound = activity->details.documentPath.value_or("").find("page.html") != std::string::npos;
+        }
+        if (!pageFound) {
+            platform->runLoop().schedule(0.2, [&] { platform->runLoop().stop(0, "warm"); });
+            platform->runLoop().run();
+        }
+    }
+    uint64_t callsBefore = accessibility.callCount();
+    for (auto _ : state) {
+        auto activity = VDInfoExtractor::currentActivity();
+        if (!activity || activity->details.documentPath.value_or("").find("page.html") == std::string::npos) {
+            std::string message = "the sample did not find the page: "
+                + (activity ? activity->applicationBundleIdentifier.value_or("?") + " "
+                            + activity->details.windowTitle.value_or("?") + " "
+                            + activity->details.documentPath.value_or("?")
+                            : std::string("no frontmost application"));
+            state.SkipWithError(message.c_str());
+            break;
+        }
+        VDInfoExtractor::callInfoExtractorForActivity(*activity);
+        benchmark::DoNotOptimize(activity);
+    }
+    state.counters["atspiCallsPerSample"]
+        = static_cast<double>(accessibility.callCount() - callsBefore) / static_cast<double>(state.iterations());
+    Platform::install(nullptr);
+}
+
+BENCHMARK(firefoxWaylandSample)->Unit(benchmark::kMillisecond)->Iterations(200);
 
 } // namespace
 } // namespace vardel

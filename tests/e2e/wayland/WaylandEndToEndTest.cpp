@@ -1,0 +1,267 @@
+// The tracker in headless Wayland sessions with real applications on Wayland: what its trace
+// records while each is frontmost.
+
+#include "support/HeadlessWaylandDesktop.h"
+#include "support/WaitUntil.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <arpa/inet.h>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <netinet/in.h>
+#include <optional>
+#include <sstream>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace vardel::testing {
+
+namespace {
+
+using namespace std::chrono_literals;
+using Trace = std::vector<nlohmann::json>;
+
+constexpr const char* pageTitle = "Vardel Wayland Page";
+constexpr const char* contractAppId = "vardel-contract-application";
+// A Wayland program with no accessibility tree at all.
+constexpr const char* terminalAppId = "org.freedesktop.weston.wayland-terminal";
+
+int freePort()
+{
+    int socket = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    ::bind(socket, reinterpret_cast<sockaddr*>(&address), sizeof address);
+    socklen_t length = sizeof address;
+    ::getsockname(socket, reinterpret_cast<sockaddr*>(&address), &length);
+    ::close(socket);
+    return ntohs(address.sin_port);
+}
+
+bool acceptsConnections(int port)
+{
+    int socket = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address {};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<uint16_t>(port));
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    bool connected = ::connect(socket, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+    ::close(socket);
+    return connected;
+}
+
+// The events of the trace so far; a last line the tracker is still writing is left for later.
+Trace readTrace(const std::filesystem::path& path)
+{
+    Trace events;
+    std::ifstream file(path);
+    for (std::string line; std::getline(file, line) && !file.eof();) {
+        if (!line.empty())
+            events.push_back(nlohmann::json::parse(line));
+    }
+    return events;
+}
+
+std::optional<nlohmann::json> lastActivity(const Trace& trace)
+{
+    for (auto event = trace.rbegin(); event != trace.rend(); ++event) {
+        if ((*event)["event"] == "sample")
+            return (*event)["activity"].is_object() ? std::optional(((*event)["activity"])) : std::nullopt;
+    }
+    return std::nullopt;
+}
+
+bool lastActivityIs(const Trace& trace, const std::string& bundleIdentifier, const std::string& title)
+{
+    auto last = lastActivity(trace);
+    return last && (*last)["bundleIdentifier"] == bundleIdentifier && (*last)["details"]["windowTitle"].is_string()
+        && (*last)["details"]["windowTitle"].get<std::string>().find(title) != std::string::npos;
+}
+
+// The compositor's view: whether a window with that app id is mapped and its title contains the text.
+bool swayShows(HeadlessWaylandDesktop& desktop, const std::string& appId, const std::string& title)
+{
+    std::function<bool(const nlohmann::json&)> search = [&](const nlohmann::json& node) {
+        if (node.value("app_id", "") == appId && node.value("name", "").find(title) != std::string::npos)
+            return true;
+        for (const char* children : { "nodes", "floating_nodes" }) {
+            for (const auto& child : node.value(children, nlohmann::json::array())) {
+                if (search(child))
+                    return true;
+            }
+        }
+        return false;
+    };
+    try {
+        return search(nlohmann::json::parse(desktop.run("swaymsg", { "-r", "-t", "get_tree" })));
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+// One sway session, one page server and one Firefox for the whole suite: Firefox takes about 15 s
+// to start on Wayland.
+struct SwaySuite {
+    HeadlessWaylandDesktop desktop { WaylandCompositor::sway };
+    std::filesystem::path site = desktop.makeFolder(desktop.scratchFolder() / "site");
+    int port = freePort();
+    std::string pageUrl = "http://127.0.0.1:" + std::to_string(port) + "/page.html";
+    pid_t firefox = 0;
+
+    SwaySuite()
+    {
+        std::ofstream(site / "page.html") << "<!DOCTYPE html><html><head><title>" << pageTitle
+                                          << "</title></head><body><h1>Wayland</h1><p>A paragraph.</p></body></html>";
+        desktop.start("/usr/bin/python3",
+            { "-m", "http.server", std::to_string(port), "--bind", "127.0.0.1", "--directory", site.string() });
+        if (!waitUntil([this] { return acceptsConnections(port); }, 10s))
+            throw HeadlessDesktopError("the page server did not start");
+    }
+};
+
+class WaylandEndToEndTest : public ::testing::Test {
+protected:
+    static void TearDownTestSuite() { suite_.reset(); }
+
+    void SetUp() override
+    {
+        if (!suite_)
+            suite_ = std::make_unique<SwaySuite>();
+        folder_ = desktop().makeFolder(
+            desktop().scratchFolder() / ::testing::UnitTest::GetInstance()->current_test_info()->name());
+    }
+
+    void TearDown() override
+    {
+        if (!suite_)
+            return;
+        while (!started_.empty())
+            stop(started_.back());
+    }
+
+    HeadlessWaylandDesktop& desktop() { return suite_->desktop; }
+
+    pid_t start(const std::string& program, const std::vector<std::string>& arguments,
+        const std::map<std::string, std::string>& environment = {})
+    {
+        pid_t pid = desktop().start(program, arguments, environment);
+        started_.push_back(pid);
+        return pid;
+    }
+
+    void stop(pid_t pid)
+    {
+        desktop().stop(pid);
+        std::erase(started_, pid);
+    }
+
+    void waitForWindow(const std::string& appId, const std::string& title, std::chrono::seconds timeout = 20s)
+    {
+        ASSERT_TRUE(waitUntil([&] { return swayShows(desktop(), appId, title); }, timeout, 200ms))
+            << "sway shows no " << appId << " window titled '" << title << "'";
+    }
+
+    void focus(const std::string& appId) { desktop().run("swaymsg", { "[app_id=\"" + appId + "\"]", "focus" }); }
+
+    void startTracker()
+    {
+        tracePath_ = folder_ / ("trace-" + std::to_string(++runs_) + ".jsonl");
+        tracker_ = start(VARDEL_TRACKER_PATH, {},
+            { { "VARDEL_TRACE", tracePath_.string() }, { "VARDEL_DATA_DIR", (folder_ / "data").string() } });
+    }
+
+    Trace waitForTrace(const std::function<bool(const Trace&)>& condition, std::chrono::seconds timeout = 20s)
+    {
+        Trace trace;
+        bool met = waitUntil(
+            [&] {
+                trace = readTrace(tracePath_);
+                return condition(trace);
+            },
+            timeout, 200ms);
+        EXPECT_TRUE(met) << "the trace did not get there in " << timeout.count() << " s: " << nlohmann::json(trace);
+        return trace;
+    }
+
+    // Firefox on Wayland with the suite's page, started once.
+    void showFirefox()
+    {
+        if (!suite_->firefox) {
+            auto profile = desktop().makeFolder(desktop().scratchFolder() / "firefox-profile");
+            suite_->firefox = desktop().start("/usr/bin/firefox-esr",
+                { "--no-remote", "--profile", profile.string(), suite_->pageUrl },
+                { { "MOZ_ENABLE_WAYLAND", "1" }, { "MOZ_CRASHREPORTER_DISABLE", "1" }, { "GDK_BACKEND", "wayland" } });
+        }
+        waitForWindow("firefox-esr", pageTitle, 60s);
+        focus("firefox-esr");
+    }
+
+    static std::unique_ptr<SwaySuite> suite_;
+    std::filesystem::path folder_;
+    std::vector<pid_t> started_;
+    std::filesystem::path tracePath_;
+    pid_t tracker_ = 0;
+    int runs_ = 0;
+};
+
+std::unique_ptr<SwaySuite> WaylandEndToEndTest::suite_;
+
+TEST_F(WaylandEndToEndTest, FocusFullScreenAndAnApplicationWithoutAccessibility)
+{
+    pid_t contract = start(VARDEL_CONTRACT_APPLICATION_PATH, {}, { { "GDK_BACKEND", "wayland" } });
+    waitForWindow(contractAppId, "Contract Window");
+    start("weston-terminal", {});
+    waitForWindow(terminalAppId, "");
+    focus(contractAppId);
+
+    startTracker();
+    auto trace = waitForTrace([](const Trace& trace) {
+        auto last = lastActivity(trace);
+        return lastActivityIs(trace, contractAppId, "Contract Window") && !(*last)["accessibilityWindows"].empty();
+    });
+    auto contractActivity = lastActivity(trace).value_or(nlohmann::json::object());
+    // The process comes from the accessibility bus, which has an application with that window.
+    EXPECT_EQ(contractActivity["pid"], contract);
+    EXPECT_EQ(contractActivity["isFullscreen"], false);
+
+    focus(terminalAppId);
+    trace = waitForTrace([](const Trace& trace) { return lastActivityIs(trace, terminalAppId, ""); });
+    auto terminalActivity = lastActivity(trace).value_or(nlohmann::json::object());
+    EXPECT_FALSE(terminalActivity["details"]["windowTitle"].get<std::string>().empty()) << terminalActivity;
+    EXPECT_EQ(terminalActivity["accessibilityWindows"].size(), 0u);
+
+    focus(contractAppId);
+    desktop().run("swaymsg", { "fullscreen", "enable" });
+    trace = waitForTrace([](const Trace& trace) {
+        auto last = lastActivity(trace);
+        return lastActivityIs(trace, contractAppId, "Contract Window") && (*last)["isFullscreen"] == true;
+    });
+    stop(tracker_);
+}
+
+TEST_F(WaylandEndToEndTest, FirefoxPageAddressAndTitle)
+{
+    showFirefox();
+    startTracker();
+    auto trace = waitForTrace(
+        [](const Trace& trace) {
+            auto last = lastActivity(trace);
+            return last && (*last)["bundleIdentifier"] == "org.mozilla.firefox"
+                && (*last)["details"]["documentPath"].is_string() && (*last)["details"]["documentTitle"].is_string();
+        },
+        30s);
+    stop(tracker_);
+    auto last = lastActivity(trace).value_or(nlohmann::json::object());
+    EXPECT_EQ(last["pid"], suite_->firefox);
+    EXPECT_NE(last["details"]["windowTitle"].get<std::string>().find(pageTitle), std::string::npos) << last;
+    EXPECT_EQ(last["details"]["documentPath"], suite_->pageUrl);
+    EXPECT_EQ(last["details"]["documentTitle"], std::string(pageTitle));
+}
+
+} // namespace
+
+} // namespace vardel::testing
