@@ -144,7 +144,7 @@ HeadlessWaylandDesktop::HeadlessWaylandDesktop(WaylandCompositor compositor)
         if (compositor == WaylandCompositor::sway)
             startSway();
         else
-            startWeston();
+            startKWin();
     } catch (...) {
         tearDown();
         throw;
@@ -374,14 +374,19 @@ void HeadlessWaylandDesktop::startSway()
         throw HeadlessDesktopError("sway does not answer: " + errors());
 }
 
-void HeadlessWaylandDesktop::startWeston()
+void HeadlessWaylandDesktop::startKWin()
 {
+    // Debian's kwin_wayland carries a file capability (cap_sys_resource) that a container may refuse
+    // to grant at exec; a copy carries none and runs the same.
+    auto program = runtimeFolder_ / "kwin_wayland";
+    std::filesystem::copy_file("/usr/bin/kwin_wayland", program);
+    giveToSessionUser(program, dropsRoot_);
     waylandDisplay_ = "wayland-vardel";
-    start("weston",
-        { "--backend=headless-backend.so", "--socket=" + waylandDisplay_, "--width=1280", "--height=800",
-            "--idle-time=0", "--no-config" });
+    start(program.string(),
+        { "--virtual", "--socket", waylandDisplay_, "--width", "1280", "--height", "800", "--no-lockscreen",
+            "--no-global-shortcuts" });
     if (!waitUntil([this] { return std::filesystem::exists(runtimeFolder_ / waylandDisplay_); }, startTimeout))
-        throw HeadlessDesktopError("weston did not start: " + errors());
+        throw HeadlessDesktopError("kwin_wayland did not start: " + errors());
     ::setenv("WAYLAND_DISPLAY", waylandDisplay_.c_str(), 1);
 }
 

@@ -10,7 +10,7 @@
 
 namespace vardel::testing {
 
-enum class WaylandCompositor { sway, weston };
+enum class WaylandCompositor { sway, kwin };
 
 // While it lives, the test process itself runs as the session's user (real and effective ids; root
 // stays the saved id and comes back at the end), so that it may connect to the session's buses,
@@ -64,7 +64,7 @@ private:
     void startSessionBus();
     void startAccessibilityBus();
     void startSway();
-    void startWeston();
+    void startKWin();
     std::string errors() const;
 
     bool dropsRoot_ = false;

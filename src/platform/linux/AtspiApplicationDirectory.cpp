@@ -83,7 +83,7 @@ std::optional<ActiveAccessibleWindow> AtspiApplicationDirectory::activeWindow()
     for (const auto& [application, pid] : withPids) {
         if (auto title = activeWindowTitle(calls, application)) {
             lastActive_ = pid;
-            return ActiveAccessibleWindow { pid, std::move(*title) };
+            return ActiveAccessibleWindow { pid, std::move(*title), calls.name(application).value_or("") };
         }
     }
     return std::nullopt;

@@ -14,6 +14,8 @@ namespace vardel::linux_desktop {
 struct ActiveAccessibleWindow {
     ProcessIdentifier pid = 0;
     std::string title;
+    // Its application's accessible name, which stands in for the app id.
+    std::string applicationName;
 };
 
 // The applications registered on the accessibility bus with their windows' names, for what a Wayland

@@ -69,6 +69,9 @@ std::optional<X11Window> WaylandWindowFacts::activeWindow()
     X11Window window;
     window.pid = active->pid;
     window.title = active->title;
+    // GTK names its application after its program, as it does its app id.
+    window.instanceName = active->applicationName;
+    window.className = active->applicationName;
     return window;
 }
 

@@ -103,16 +103,17 @@ bool swayShows(HeadlessWaylandDesktop& desktop, const std::string& appId, const 
     }
 }
 
-// One sway session, one page server and one Firefox for the whole suite: Firefox takes about 15 s
-// to start on Wayland.
-struct SwaySuite {
-    HeadlessWaylandDesktop desktop { WaylandCompositor::sway };
+// One session, one page server and one Firefox for a whole suite: Firefox takes several seconds to
+// start on Wayland.
+struct SessionSuite {
+    HeadlessWaylandDesktop desktop;
     std::filesystem::path site = desktop.makeFolder(desktop.scratchFolder() / "site");
     int port = freePort();
     std::string pageUrl = "http://127.0.0.1:" + std::to_string(port) + "/page.html";
     pid_t firefox = 0;
 
-    SwaySuite()
+    explicit SessionSuite(WaylandCompositor compositor)
+        : desktop(compositor)
     {
         std::ofstream(site / "page.html") << "<!DOCTYPE html><html><head><title>" << pageTitle
                                           << "</title></head><body><h1>Wayland</h1><p>A paragraph.</p></body></html>";
@@ -123,14 +124,15 @@ struct SwaySuite {
     }
 };
 
-class WaylandEndToEndTest : public ::testing::Test {
+// The fixture of one compositor's suite; each suite makes its session once.
+template<WaylandCompositor compositor> class WaylandSessionTest : public ::testing::Test {
 protected:
     static void TearDownTestSuite() { suite_.reset(); }
 
     void SetUp() override
     {
         if (!suite_)
-            suite_ = std::make_unique<SwaySuite>();
+            suite_ = std::make_unique<SessionSuite>(compositor);
         folder_ = desktop().makeFolder(
             desktop().scratchFolder() / ::testing::UnitTest::GetInstance()->current_test_info()->name());
     }
@@ -187,8 +189,8 @@ protected:
         return trace;
     }
 
-    // Firefox on Wayland with the suite's page, started once.
-    void showFirefox()
+    // Firefox on Wayland with the suite's page, started once per suite.
+    void startFirefox()
     {
         if (!suite_->firefox) {
             auto profile = desktop().makeFolder(desktop().scratchFolder() / "firefox-profile");
@@ -196,11 +198,31 @@ protected:
                 { "--no-remote", "--profile", profile.string(), suite_->pageUrl },
                 { { "MOZ_ENABLE_WAYLAND", "1" }, { "MOZ_CRASHREPORTER_DISABLE", "1" }, { "GDK_BACKEND", "wayland" } });
         }
-        waitForWindow("firefox-esr", pageTitle, 60s);
-        focus("firefox-esr");
     }
 
-    static std::unique_ptr<SwaySuite> suite_;
+    // Firefox's last activity once it shows the page's address and title.
+    nlohmann::json waitForFirefoxPage()
+    {
+        auto trace = waitForTrace(
+            [](const Trace& trace) {
+                auto last = lastActivity(trace);
+                return last && (*last)["bundleIdentifier"] == "org.mozilla.firefox"
+                    && (*last)["details"]["documentPath"].is_string()
+                    && (*last)["details"]["documentTitle"].is_string();
+            },
+            60s);
+        return lastActivity(trace).value_or(nlohmann::json::object());
+    }
+
+    void expectPageRecorded(const nlohmann::json& activity)
+    {
+        EXPECT_EQ(activity["pid"], suite_->firefox);
+        EXPECT_NE(activity["details"]["windowTitle"].get<std::string>().find(pageTitle), std::string::npos) << activity;
+        EXPECT_EQ(activity["details"]["documentPath"], suite_->pageUrl);
+        EXPECT_EQ(activity["details"]["documentTitle"], std::string(pageTitle));
+    }
+
+    static std::unique_ptr<SessionSuite> suite_;
     std::filesystem::path folder_;
     std::vector<pid_t> started_;
     std::filesystem::path tracePath_;
@@ -208,9 +230,15 @@ protected:
     int runs_ = 0;
 };
 
-std::unique_ptr<SwaySuite> WaylandEndToEndTest::suite_;
+template<WaylandCompositor compositor> std::unique_ptr<SessionSuite> WaylandSessionTest<compositor>::suite_;
 
-TEST_F(WaylandEndToEndTest, FocusFullScreenAndAnApplicationWithoutAccessibility)
+// sway offers wlr-foreign-toplevel-management: the compositor says which window is active.
+using SwayEndToEndTest = WaylandSessionTest<WaylandCompositor::sway>;
+// KWin gives its window list to permitted programs only: the accessibility bus's active window
+// stands in.
+using KWinEndToEndTest = WaylandSessionTest<WaylandCompositor::kwin>;
+
+TEST_F(SwayEndToEndTest, FocusFullScreenAndAnApplicationWithoutAccessibility)
 {
     pid_t contract = start(VARDEL_CONTRACT_APPLICATION_PATH, {}, { { "GDK_BACKEND", "wayland" } });
     waitForWindow(contractAppId, "Contract Window");
@@ -243,23 +271,34 @@ TEST_F(WaylandEndToEndTest, FocusFullScreenAndAnApplicationWithoutAccessibility)
     stop(tracker_);
 }
 
-TEST_F(WaylandEndToEndTest, FirefoxPageAddressAndTitle)
+TEST_F(SwayEndToEndTest, FirefoxPageAddressAndTitle)
 {
-    showFirefox();
+    startFirefox();
+    waitForWindow("firefox-esr", pageTitle, 60s);
+    focus("firefox-esr");
     startTracker();
-    auto trace = waitForTrace(
-        [](const Trace& trace) {
-            auto last = lastActivity(trace);
-            return last && (*last)["bundleIdentifier"] == "org.mozilla.firefox"
-                && (*last)["details"]["documentPath"].is_string() && (*last)["details"]["documentTitle"].is_string();
-        },
-        30s);
+    auto activity = waitForFirefoxPage();
     stop(tracker_);
-    auto last = lastActivity(trace).value_or(nlohmann::json::object());
-    EXPECT_EQ(last["pid"], suite_->firefox);
-    EXPECT_NE(last["details"]["windowTitle"].get<std::string>().find(pageTitle), std::string::npos) << last;
-    EXPECT_EQ(last["details"]["documentPath"], suite_->pageUrl);
-    EXPECT_EQ(last["details"]["documentTitle"], std::string(pageTitle));
+    expectPageRecorded(activity);
+}
+
+TEST_F(KWinEndToEndTest, GtkApplicationFirefoxAndBackFromTheAccessibilityBus)
+{
+    pid_t contract = start(VARDEL_CONTRACT_APPLICATION_PATH, {}, { { "GDK_BACKEND", "wayland" } });
+    startTracker();
+    auto trace = waitForTrace([](const Trace& trace) {
+        auto last = lastActivity(trace);
+        return lastActivityIs(trace, contractAppId, "Contract Window") && !(*last)["accessibilityWindows"].empty();
+    });
+    EXPECT_EQ(lastActivity(trace).value_or(nlohmann::json::object())["pid"], contract);
+
+    // KWin activates a new window, and the one before when it closes.
+    startFirefox();
+    expectPageRecorded(waitForFirefoxPage());
+    desktop().stop(suite_->firefox);
+    suite_->firefox = 0;
+    waitForTrace([](const Trace& trace) { return lastActivityIs(trace, contractAppId, "Contract Window"); });
+    stop(tracker_);
 }
 
 } // namespace
