@@ -10,6 +10,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <fstream>
+#include <grp.h>
 #include <iterator>
 #include <optional>
 #include <poll.h>
@@ -104,20 +105,14 @@ std::optional<std::filesystem::path> fileNamed(
 
 } // namespace
 
-SessionUserScope::SessionUserScope()
+void becomeSessionUser()
 {
     if (::geteuid() != 0)
         return;
     SessionUser user = sessionUserIds();
-    if (::setresgid(user.gid, user.gid, 0) != 0 || ::setresuid(user.uid, user.uid, 0) != 0)
+    if (::setgroups(0, nullptr) != 0 || ::setresgid(user.gid, user.gid, user.gid) != 0
+        || ::setresuid(user.uid, user.uid, user.uid) != 0)
         throw HeadlessDesktopError(std::string("cannot run as ") + sessionUser);
-    switched_ = true;
-}
-
-SessionUserScope::~SessionUserScope()
-{
-    if (switched_ && (::setresuid(0, 0, 0) != 0 || ::setresgid(0, 0, 0) != 0))
-        std::abort();
 }
 
 HeadlessWaylandDesktop::HeadlessWaylandDesktop(WaylandCompositor compositor)

@@ -12,19 +12,11 @@ namespace vardel::testing {
 
 enum class WaylandCompositor { sway, kwin };
 
-// While it lives, the test process itself runs as the session's user (real and effective ids; root
-// stays the saved id and comes back at the end), so that it may connect to the session's buses,
-// which admit their owner only. Nothing happens when the process is not root.
-class SessionUserScope {
-public:
-    SessionUserScope();
-    ~SessionUserScope();
-    SessionUserScope(const SessionUserScope&) = delete;
-    SessionUserScope& operator=(const SessionUserScope&) = delete;
-
-private:
-    bool switched_ = false;
-};
+// Makes the calling process the session's user for good (real, effective and saved ids), so that it
+// may connect to the session's buses, which admit their owner only (libdbus also ignores the session
+// bus's address in a process that could regain root). For a child forked to measure in the session;
+// nothing happens when the process is not root. Throws HeadlessDesktopError.
+void becomeSessionUser();
 
 // A Wayland session of its own for a test: a private session bus, the AT-SPI bus launcher with
 // accessibility on, and a compositor on its headless backend (sway, or weston). Compositors refuse

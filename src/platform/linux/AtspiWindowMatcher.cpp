@@ -53,14 +53,14 @@ std::optional<X11Window> AtspiWindowMatcher::x11WindowOf(AtspiAccessible* window
     return std::nullopt;
 }
 
-std::optional<AXUIElement> AtspiWindowMatcher::windowOfActiveX11Window(AtspiAccessible* application)
+std::optional<AXUIElement> AtspiWindowMatcher::windowOfActiveX11Window(
+    AtspiAccessible* application, const std::vector<AXUIElement>& windows)
 {
     if (!windowFacts_)
         return std::nullopt;
     auto active = windowFacts_->activeWindow();
     if (!active || active->pid != calls_.processId(application))
         return std::nullopt;
-    std::vector<AXUIElement> windows = calls_.windowsOf(application);
     for (const AXUIElement& window : windows) {
         AtspiAccessible* accessible = AtspiElement::accessibleOf(window);
         if (calls_.name(accessible) == active->title && !active->title.empty())
