@@ -341,7 +341,7 @@ void HeadlessWaylandDesktop::startSway()
     auto configuration = runtimeFolder_ / "sway.conf";
     std::ofstream(configuration) << "output HEADLESS-1 resolution 1920x1080\nxwayland disable\n";
     giveToSessionUser(configuration, dropsRoot_);
-    start("sway", { "-c", configuration.string() },
+    compositor_ = start("sway", { "-c", configuration.string() },
         { { "WLR_BACKENDS", "headless" }, { "WLR_LIBINPUT_NO_DEVICES", "1" }, { "WLR_RENDERER", "pixman" } });
     std::optional<std::filesystem::path> socket;
     std::optional<std::filesystem::path> commands;
@@ -377,7 +377,7 @@ void HeadlessWaylandDesktop::startKWin()
     std::filesystem::copy_file("/usr/bin/kwin_wayland", program);
     giveToSessionUser(program, dropsRoot_);
     waylandDisplay_ = "wayland-vardel";
-    start(program.string(),
+    compositor_ = start(program.string(),
         { "--virtual", "--socket", waylandDisplay_, "--width", "1280", "--height", "800", "--no-lockscreen",
             "--no-global-shortcuts" });
     if (!waitUntil([this] { return std::filesystem::exists(runtimeFolder_ / waylandDisplay_); }, startTimeout))

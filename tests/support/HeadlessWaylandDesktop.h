@@ -35,6 +35,7 @@ public:
     // A folder the session's user owns, for the files of the programs it runs.
     const std::filesystem::path& scratchFolder() const { return runtimeFolder_; }
     const std::string& waylandDisplay() const { return waylandDisplay_; }
+    pid_t compositor() const { return compositor_; }
     // Makes a folder (and its parents below the scratch folder) that the session's user owns.
     std::filesystem::path makeFolder(const std::filesystem::path&);
 
@@ -60,6 +61,7 @@ private:
     std::string errors() const;
 
     bool dropsRoot_ = false;
+    pid_t compositor_ = 0;
     std::filesystem::path runtimeFolder_;
     std::string waylandDisplay_;
     std::vector<pid_t> started_;

@@ -7,7 +7,9 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <arpa/inet.h>
+#include <csignal>
 #include <fstream>
 #include <functional>
 #include <memory>
@@ -15,6 +17,7 @@
 #include <optional>
 #include <sstream>
 #include <sys/socket.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace vardel::testing {
@@ -280,6 +283,39 @@ TEST_F(SwayEndToEndTest, FirefoxPageAddressAndTitle)
     auto activity = waitForFirefoxPage();
     stop(tracker_);
     expectPageRecorded(activity);
+}
+
+TEST_F(SwayEndToEndTest, CompositorThatGoesAwayLeavesNoActivityAndNoCrash)
+{
+    // A session of this test's own, whose compositor it stops.
+    HeadlessWaylandDesktop session(WaylandCompositor::sway);
+    auto folder = session.makeFolder(session.scratchFolder() / "tracker");
+    tracePath_ = folder / "trace.jsonl";
+    session.start(VARDEL_CONTRACT_APPLICATION_PATH, {}, { { "GDK_BACKEND", "wayland" } });
+    pid_t tracker = session.start(VARDEL_TRACKER_PATH, {},
+        { { "VARDEL_TRACE", tracePath_.string() }, { "VARDEL_DATA_DIR", (folder / "data").string() } });
+    waitForTrace([](const Trace& trace) { return lastActivityIs(trace, contractAppId, "Contract Window"); });
+
+    session.stop(session.compositor());
+    auto samplesAfterLoss = [](const Trace& trace) {
+        auto lost = std::find_if(trace.begin(), trace.end(), [](const nlohmann::json& event) {
+            return event["event"] == "log"
+                && event["message"].get<std::string>().find("closed the connection") != std::string::npos;
+        });
+        return lost == trace.end() ? 0 : std::count_if(lost, trace.end(), [](const nlohmann::json& event) {
+            return event["event"] == "sample" && event["activity"].is_null();
+        });
+    };
+    waitForTrace([&](const Trace& trace) { return samplesAfterLoss(trace) >= 2; });
+    // Still running: not ended, and left for stop() to collect.
+    siginfo_t ended {};
+    ::waitid(P_PID, static_cast<id_t>(tracker), &ended, WEXITED | WNOHANG | WNOWAIT);
+    EXPECT_EQ(ended.si_pid, 0) << "the tracker ended";
+    session.stop(tracker);
+    auto trace = readTrace(tracePath_);
+    ASSERT_FALSE(trace.empty());
+    EXPECT_EQ(trace.back()["event"], "exit");
+    EXPECT_EQ(trace.back()["reason"], "signal 15");
 }
 
 TEST_F(KWinEndToEndTest, GtkApplicationFirefoxAndBackFromTheAccessibilityBus)
