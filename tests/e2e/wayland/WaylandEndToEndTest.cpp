@@ -78,6 +78,22 @@ std::optional<nlohmann::json> lastActivity(const Trace& trace)
     return std::nullopt;
 }
 
+size_t sampleCount(const Trace& trace)
+{
+    return static_cast<size_t>(std::count_if(
+        trace.begin(), trace.end(), [](const nlohmann::json& event) { return event["event"] == "sample"; }));
+}
+
+// The activity of the sample at that index (from 0).
+std::optional<nlohmann::json> nthActivity(const Trace& trace, size_t index)
+{
+    for (const auto& event : trace) {
+        if (event["event"] == "sample" && index-- == 0)
+            return event["activity"].is_object() ? std::optional(event["activity"]) : std::nullopt;
+    }
+    return std::nullopt;
+}
+
 bool lastActivityIs(const Trace& trace, const std::string& bundleIdentifier, const std::string& title)
 {
     auto last = lastActivity(trace);
@@ -260,8 +276,11 @@ TEST_F(SwayEndToEndTest, FocusFullScreenAndAnApplicationWithoutAccessibility)
     EXPECT_EQ(contractActivity["isFullscreen"], false);
 
     focus(terminalAppId);
-    trace = waitForTrace([](const Trace& trace) { return lastActivityIs(trace, terminalAppId, ""); });
-    auto terminalActivity = lastActivity(trace).value_or(nlohmann::json::object());
+    // A sample written since may have started before the switch; the one after it did not.
+    size_t switchedBefore = sampleCount(readTrace(tracePath_)) + 1;
+    trace = waitForTrace([&](const Trace& trace) { return sampleCount(trace) > switchedBefore; });
+    auto terminalActivity = nthActivity(trace, switchedBefore).value_or(nlohmann::json::object());
+    EXPECT_EQ(terminalActivity["bundleIdentifier"], terminalAppId) << terminalActivity;
     EXPECT_FALSE(terminalActivity["details"]["windowTitle"].get<std::string>().empty()) << terminalActivity;
     EXPECT_EQ(terminalActivity["accessibilityWindows"].size(), 0u);
 
