@@ -90,6 +90,17 @@ std::string readAll(int descriptor, std::chrono::milliseconds timeout)
     }
 }
 
+// The texts as the null-terminated array exec takes; they must outlive it.
+std::vector<char*> nullTerminated(std::vector<std::string>& texts)
+{
+    std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
+    for (std::string& text : texts)
+        pointers.push_back(text.data());
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
 // The only file in the folder whose name starts with the prefix and ends with the suffix.
 std::optional<std::filesystem::path> fileNamed(
     const std::filesystem::path& folder, const std::string& prefix, const std::string& suffix)
@@ -202,16 +213,10 @@ pid_t HeadlessWaylandDesktop::spawn(const std::string& program, const std::vecto
             variables.push_back(variable);
     }
     for (const auto& [name, value] : environment)
-        variables.push_back(name + "=" + value);
-    std::vector<char*> envp;
-    for (std::string& variable : variables)
-        envp.push_back(variable.data());
-    envp.push_back(nullptr);
+        variables.push_back(std::string(name).append("=").append(value));
+    std::vector<char*> envp = nullTerminated(variables);
     std::vector<std::string> command = asSessionUser(program, arguments);
-    std::vector<char*> argv;
-    for (std::string& part : command)
-        argv.push_back(part.data());
-    argv.push_back(nullptr);
+    std::vector<char*> argv = nullTerminated(command);
 
     posix_spawn_file_actions_t files;
     posix_spawn_file_actions_init(&files);
@@ -262,10 +267,7 @@ std::string HeadlessWaylandDesktop::run(const std::string& program, const std::v
     if (::pipe2(ends, O_CLOEXEC) != 0)
         throw HeadlessDesktopError("cannot create a pipe");
     std::vector<std::string> command = asSessionUser(program, arguments);
-    std::vector<char*> argv;
-    for (std::string& part : command)
-        argv.push_back(part.data());
-    argv.push_back(nullptr);
+    std::vector<char*> argv = nullTerminated(command);
     posix_spawn_file_actions_t files;
     posix_spawn_file_actions_init(&files);
     posix_spawn_file_actions_adddup2(&files, ends[1], STDOUT_FILENO);

@@ -38,10 +38,12 @@ int freePort()
     sockaddr_in address {};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    ::bind(socket, reinterpret_cast<sockaddr*>(&address), sizeof address);
     socklen_t length = sizeof address;
-    ::getsockname(socket, reinterpret_cast<sockaddr*>(&address), &length);
+    bool bound = ::bind(socket, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0
+        && ::getsockname(socket, reinterpret_cast<sockaddr*>(&address), &length) == 0;
     ::close(socket);
+    if (!bound)
+        throw HeadlessDesktopError("cannot find a free port");
     return ntohs(address.sin_port);
 }
 

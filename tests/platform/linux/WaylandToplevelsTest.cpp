@@ -24,6 +24,7 @@ void announce(WaylandToplevels& toplevels, uint32_t id, const std::string& appId
 std::vector<uint32_t> ids(const std::vector<WaylandToplevel>& toplevels)
 {
     std::vector<uint32_t> found;
+    found.reserve(toplevels.size());
     for (const auto& toplevel : toplevels)
         found.push_back(toplevel.id);
     return found;

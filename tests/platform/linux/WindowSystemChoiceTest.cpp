@@ -10,7 +10,8 @@ namespace {
 
 using Environment = std::map<std::string, std::string>;
 
-std::optional<WindowSystemChoice> choose(const Environment& variables, std::optional<std::string> preference = {})
+std::optional<WindowSystemChoice> choose(
+    const Environment& variables, const std::optional<std::string>& preference = {})
 {
     return WindowSystemChoice::choose(
         [&](const char* name) -> const char* {
@@ -20,9 +21,9 @@ std::optional<WindowSystemChoice> choose(const Environment& variables, std::opti
         preference);
 }
 
-std::optional<WindowSystem> chosen(const Environment& variables, std::optional<std::string> preference = {})
+std::optional<WindowSystem> chosen(const Environment& variables, const std::optional<std::string>& preference = {})
 {
-    auto choice = choose(variables, std::move(preference));
+    auto choice = choose(variables, preference);
     return choice ? std::optional(choice->windowSystem) : std::nullopt;
 }
 
