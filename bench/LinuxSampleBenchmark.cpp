@@ -18,9 +18,11 @@
 #include <nlohmann/json.hpp>
 
 #include <arpa/inet.h>
+#include <charconv>
 #include <cstdint>
 #include <fstream>
 #include <netinet/in.h>
+#include <string_view>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -181,26 +183,37 @@ ChildMeasurement measureSamples(int samples)
     return measured;
 }
 
-// Runs measureSamples in a child process and reads its report: one line of JSON.
+// The argument that makes this program measure Wayland samples in the session of its environment
+// and write the result as one line of JSON to the descriptor given after it.
+constexpr std::string_view measureArgument = "--measure-wayland-samples=";
+
+int reportMeasurement(int samples, int descriptor)
+{
+    nlohmann::json report;
+    try {
+        auto measured = measureSamples(samples);
+        report = { { "seconds", measured.seconds }, { "calls", measured.callsPerSample }, { "error", measured.error } };
+    } catch (const std::exception& error) {
+        report = { { "seconds", nlohmann::json::array() }, { "calls", 0 }, { "error", error.what() } };
+    }
+    std::string text = report.dump() + "\n";
+    return ::write(descriptor, text.data(), text.size()) == static_cast<ssize_t>(text.size()) ? 0 : 1;
+}
+
+// Runs this program again to measure (a fresh process: the X11 benchmark before this one leaves
+// libatspi set up for its own desktop) and reads its report.
 ChildMeasurement measureInChild(int samples)
 {
     int ends[2];
     if (::pipe(ends) != 0)
         return { {}, 0, "cannot create a pipe" };
+    std::string measure = std::string(measureArgument) + std::to_string(samples);
+    std::string descriptor = std::to_string(ends[1]);
     pid_t child = ::fork();
     if (child == 0) {
         ::close(ends[0]);
-        nlohmann::json report;
-        try {
-            auto measured = measureSamples(samples);
-            report = { { "seconds", measured.seconds }, { "calls", measured.callsPerSample },
-                { "error", measured.error } };
-        } catch (const std::exception& error) {
-            report = { { "seconds", nlohmann::json::array() }, { "calls", 0 }, { "error", error.what() } };
-        }
-        std::string text = report.dump() + "\n";
-        [[maybe_unused]] auto written = ::write(ends[1], text.data(), text.size());
-        ::_exit(0);
+        ::execl("/proc/self/exe", "vardel_linux_bench", measure.c_str(), descriptor.c_str(), nullptr);
+        ::_exit(127);
     }
     ::close(ends[1]);
     std::string text;
@@ -268,3 +281,22 @@ BENCHMARK(firefoxWaylandSample)->Unit(benchmark::kMillisecond)->Iterations(200)-
 
 } // namespace
 } // namespace vardel
+
+int main(int argc, char** argv)
+{
+    if (argc == 3 && std::string_view(argv[1]).starts_with(vardel::measureArgument)) {
+        std::string_view samples = std::string_view(argv[1]).substr(vardel::measureArgument.size());
+        std::string_view descriptor = argv[2];
+        int count = 0;
+        int report = -1;
+        std::from_chars(samples.data(), samples.data() + samples.size(), count);
+        std::from_chars(descriptor.data(), descriptor.data() + descriptor.size(), report);
+        return count > 0 && report >= 0 ? vardel::reportMeasurement(count, report) : 2;
+    }
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 1;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
