@@ -40,15 +40,16 @@ bool WaylandWindowFacts::toplevelsKnown() const
     return connection_ && connection_->listsToplevels();
 }
 
-ProcessIdentifier WaylandWindowFacts::processOf(const WaylandToplevel& toplevel)
+ProcessIdentifier WaylandWindowFacts::processOf(const WaylandToplevel& toplevel, ApplicationList& listed)
 {
     if (!directory_)
         return 0;
     Resolution& resolution = processes_[toplevel.id];
     if (resolution.pid > 0 || now_() < resolution.retryAfter)
         return resolution.pid;
-    resolution.pid
-        = ToplevelProcessMatcher::match(toplevel.appId, toplevel.title, directory_->applications()).value_or(0);
+    if (!listed)
+        listed = directory_->applications();
+    resolution.pid = ToplevelProcessMatcher::match(toplevel.appId, toplevel.title, *listed).value_or(0);
     resolution.retryAfter = now_() + unresolvedRetryInterval;
     return resolution.pid;
 }
@@ -59,7 +60,8 @@ std::optional<X11Window> WaylandWindowFacts::activeWindow()
         auto active = connection_->toplevels().active();
         if (!active)
             return std::nullopt;
-        return windowOf(*active, processOf(*active));
+        ApplicationList listed;
+        return windowOf(*active, processOf(*active, listed));
     }
     if (!directory_)
         return std::nullopt;
@@ -99,8 +101,9 @@ std::vector<X11Window> WaylandWindowFacts::clientWindowsFrontToBack()
     });
     std::vector<X11Window> windows;
     windows.reserve(toplevels.size());
+    ApplicationList listed;
     for (const WaylandToplevel& toplevel : toplevels)
-        windows.push_back(windowOf(toplevel, processOf(toplevel)));
+        windows.push_back(windowOf(toplevel, processOf(toplevel, listed)));
     return windows;
 }
 

@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <optional>
+#include <vector>
 
 namespace vardel::linux_desktop {
 
@@ -34,7 +36,9 @@ public:
 
 private:
     bool toplevelsKnown() const;
-    ProcessIdentifier processOf(const WaylandToplevel&);
+    // The applications on the accessibility bus, asked for once per query and only when needed.
+    using ApplicationList = std::optional<std::vector<AccessibleApplication>>;
+    ProcessIdentifier processOf(const WaylandToplevel&, ApplicationList& listed);
 
     struct Resolution {
         ProcessIdentifier pid = 0;
