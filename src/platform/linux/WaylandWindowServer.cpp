@@ -2,6 +2,8 @@
 
 #include "platform/linux/X11WindowServer.h"
 
+#include <algorithm>
+
 namespace vardel::linux_desktop {
 
 namespace {
@@ -40,11 +42,26 @@ Value WaylandWindowServer::windowListEntry(const X11Window& window, const std::o
     return entry;
 }
 
+std::vector<uint32_t> WaylandWindowServer::minimizedToplevels() const
+{
+    std::vector<uint32_t> minimized;
+    if (!connection_)
+        return minimized;
+    for (const WaylandToplevel& toplevel : connection_->toplevels().frontToBack()) {
+        if (toplevel.minimized)
+            minimized.push_back(toplevel.id);
+    }
+    return minimized;
+}
+
 Value::List WaylandWindowServer::onScreenWindowList()
 {
     std::vector<Rect> screens = topLeftScreenFrames();
+    std::vector<uint32_t> minimized = minimizedToplevels();
     Value::List entries;
     for (const X11Window& window : windows_.clientWindowsFrontToBack()) {
+        if (std::find(minimized.begin(), minimized.end(), window.id) != minimized.end())
+            continue;
         std::optional<Rect> bounds;
         if (window.fullScreen && !screens.empty())
             bounds = screens.front();

@@ -4,11 +4,16 @@
 #include "platform/linux/WaylandConnection.h"
 #include "platform/linux/X11WindowFacts.h"
 
+#include <cstdint>
+#include <optional>
+#include <vector>
+
 namespace vardel::linux_desktop {
 
-// Screens from the compositor's outputs and the window list from its toplevels. Wayland tells no
-// window's position: only a full-screen window has bounds (its output's frame). The list's names
-// come from the compositor, not from capturing the screen, so capture counts as granted.
+// Screens from the compositor's outputs and the window list from its toplevels that are not
+// minimised. Wayland tells no window's position: only a full-screen window has bounds (its output's
+// frame). The list's names come from the compositor, not from capturing the screen, so capture
+// counts as granted.
 class WaylandWindowServer final : public WindowServer {
 public:
     // The connection may be nullptr: no screens.
@@ -27,6 +32,8 @@ public:
 
 private:
     std::vector<Rect> topLeftScreenFrames() const;
+    // The ids of the toplevels the compositor reports minimised, which are not on screen.
+    std::vector<uint32_t> minimizedToplevels() const;
 
     WaylandConnection* connection_;
     X11WindowFacts& windows_;
