@@ -188,8 +188,31 @@ std::filesystem::path HeadlessWaylandDesktop::makeFolder(const std::filesystem::
     return folder;
 }
 
+// A program of the build may lie in a folder only root may enter (a clone in root's home): the
+// session's user runs a copy in the session's folder, with the `share` folder beside it that the
+// tracker reads its tables from.
+std::string HeadlessWaylandDesktop::reachableProgram(const std::string& program)
+{
+    std::filesystem::path path(program);
+    if (!dropsRoot_ || !path.is_absolute() || program.starts_with("/usr/")
+        || program.starts_with(runtimeFolder_.string()))
+        return program;
+    if (auto copied = programCopies_.find(program); copied != programCopies_.end())
+        return copied->second;
+    auto folder = makeFolder(runtimeFolder_ / "programs" / std::to_string(programCopies_.size()));
+    auto copy = folder / path.filename();
+    std::filesystem::copy_file(path, copy);
+    auto share = path.parent_path() / "share";
+    if (std::filesystem::is_directory(share))
+        std::filesystem::copy(share, folder / "share", std::filesystem::copy_options::recursive);
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder))
+        giveToSessionUser(entry.path(), dropsRoot_);
+    programCopies_.emplace(program, copy.string());
+    return copy.string();
+}
+
 std::vector<std::string> HeadlessWaylandDesktop::asSessionUser(
-    const std::string& program, const std::vector<std::string>& arguments) const
+    const std::string& program, const std::vector<std::string>& arguments)
 {
     std::vector<std::string> command;
     if (dropsRoot_) {
@@ -198,7 +221,7 @@ std::vector<std::string> HeadlessWaylandDesktop::asSessionUser(
         command = { "setpriv", "--reuid=" + std::to_string(user.uid), "--regid=" + std::to_string(user.gid),
             "--clear-groups", "--" };
     }
-    command.push_back(program);
+    command.push_back(reachableProgram(program));
     command.insert(command.end(), arguments.begin(), arguments.end());
     return command;
 }

@@ -51,7 +51,8 @@ public:
 
 private:
     void tearDown();
-    std::vector<std::string> asSessionUser(const std::string& program, const std::vector<std::string>& arguments) const;
+    std::vector<std::string> asSessionUser(const std::string& program, const std::vector<std::string>& arguments);
+    std::string reachableProgram(const std::string& program);
     pid_t spawn(const std::string& program, const std::vector<std::string>& arguments,
         const std::map<std::string, std::string>& environment, int reportDescriptor);
     void startSessionBus();
@@ -66,6 +67,7 @@ private:
     std::string waylandDisplay_;
     std::vector<pid_t> started_;
     std::map<std::string, std::string> savedEnvironment_;
+    std::map<std::string, std::string> programCopies_;
 };
 
 } // namespace vardel::testing
