@@ -1,24 +1,31 @@
-// One whole sample on the real Linux backend: Chromium in front on a headless desktop, showing a
-// page of 5,000 elements. Reports the time per warm sample and the AT-SPI calls it makes.
+// One whole sample on the real Linux backend: Chromium in front on a headless X11 desktop, and
+// Firefox in front in a headless Wayland session (sway), each showing a page of 5,000 elements.
+// Reports the time per warm sample and the AT-SPI calls it makes.
 
 #include "activity/VDInfoExtractor.h"
 #include "extractors/BuiltInExtractors.h"
 #include "platform/JsonLinesTrace.h"
 #include "platform/ProcessWide.h"
+#include "platform/linux/ApplicationIdentifierTable.h"
 #include "platform/linux/AtspiAccessibility.h"
 #include "platform/linux/LinuxDesktop.h"
 #include "platform/linux/MemoryPreferenceStore.h"
 #include "support/HeadlessDesktop.h"
+#include "support/HeadlessWaylandDesktop.h"
 #include "support/TemporaryFolder.h"
 #include "support/WaitUntil.h"
 
 #include <benchmark/benchmark.h>
+#include <nlohmann/json.hpp>
 
 #include <arpa/inet.h>
+#include <charconv>
 #include <cstdint>
 #include <fstream>
 #include <netinet/in.h>
+#include <string_view>
 #include <sys/socket.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace vardel {
@@ -27,6 +34,7 @@ namespace {
 constexpr int pageElements = 5000;
 constexpr const char* pageTitle = "Benchmark Page";
 constexpr uint16_t pagePort = 48123;
+constexpr uint16_t waylandPagePort = 48124;
 
 bool acceptsConnections(uint16_t port)
 {
@@ -114,5 +122,198 @@ void chromiumSample(benchmark::State& state)
 
 BENCHMARK(chromiumSample)->Unit(benchmark::kMillisecond)->Iterations(200);
 
+// What a child process measured: each sample's seconds and the AT-SPI calls per sample, or why it
+// could not.
+struct ChildMeasurement {
+    std::vector<double> seconds;
+    double callsPerSample = 0;
+    std::string error;
+};
+
+// In the session as its user: warms up until the sample reads Firefox's page, then times `samples`
+// samples one by one.
+ChildMeasurement measureSamples(int samples)
+{
+    testing::becomeSessionUser();
+    BuiltInExtractors::install();
+    ProcessWideState::resetAll();
+    JsonLinesTrace trace([] { return 0.0; });
+    linux_desktop::MemoryPreferenceStore defaults("defaults", trace);
+    linux_desktop::MemoryPreferenceStore preferences("preferences", trace);
+    linux_desktop::MemoryDefaultsDomains domains(trace);
+    auto platform = linux_desktop::LinuxDesktop::open({ defaults, preferences, domains }, trace);
+    Platform::install(platform.get());
+    auto* accessibility = dynamic_cast<linux_desktop::AtspiAccessibility*>(&platform->accessibility());
+    if (!accessibility)
+        return { {}, 0, "no accessibility bus" };
+
+    // Firefox known as such, so that its extractor runs as in the tracker.
+    auto readsPage = [](const std::optional<VDActivity>& activity) {
+        return activity && activity->applicationBundleIdentifier == "org.mozilla.firefox"
+            && activity->details.documentPath.value_or("").find("page.html") != std::string::npos;
+    };
+    bool pageFound = false;
+    for (int attempt = 0; attempt < 100 && !pageFound; ++attempt) {
+        auto activity = VDInfoExtractor::currentActivity();
+        if (activity)
+            VDInfoExtractor::callInfoExtractorForActivity(*activity);
+        pageFound = readsPage(activity);
+        if (!pageFound) {
+            // As the tracker does between samples, let the run loop serve what arrived meanwhile.
+            platform->runLoop().schedule(0.2, [&] { platform->runLoop().stop(0, "warm"); });
+            platform->runLoop().run();
+        }
+    }
+    ChildMeasurement measured;
+    uint64_t callsBefore = accessibility->callCount();
+    for (int sample = 0; sample < samples; ++sample) {
+        auto started = std::chrono::steady_clock::now();
+        auto activity = VDInfoExtractor::currentActivity();
+        if (activity)
+            VDInfoExtractor::callInfoExtractorForActivity(*activity);
+        measured.seconds.push_back(std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count());
+        if (!readsPage(activity)) {
+            measured.error = "the sample did not find the page: "
+                + (activity ? activity->applicationBundleIdentifier.value_or("?") + " "
+                            + activity->details.windowTitle.value_or("?") + " "
+                            + activity->details.documentPath.value_or("?")
+                            : std::string("no frontmost application"));
+            break;
+        }
+    }
+    measured.callsPerSample = static_cast<double>(accessibility->callCount() - callsBefore) / samples;
+    Platform::install(nullptr);
+    return measured;
+}
+
+// The argument that makes this program measure Wayland samples in the session of its environment
+// and write the result as one line of JSON to the descriptor given after it.
+constexpr std::string_view measureArgument = "--measure-wayland-samples=";
+
+int reportMeasurement(int samples, int descriptor)
+{
+    nlohmann::json report;
+    try {
+        auto measured = measureSamples(samples);
+        report = { { "seconds", measured.seconds }, { "calls", measured.callsPerSample }, { "error", measured.error } };
+    } catch (const std::exception& error) {
+        report = { { "seconds", nlohmann::json::array() }, { "calls", 0 }, { "error", error.what() } };
+    }
+    std::string text = report.dump() + "\n";
+    return ::write(descriptor, text.data(), text.size()) == static_cast<ssize_t>(text.size()) ? 0 : 1;
+}
+
+// Runs this program again to measure (a fresh process: the X11 benchmark before this one leaves
+// libatspi set up for its own desktop) and reads its report.
+ChildMeasurement measureInChild(int samples)
+{
+    int ends[2];
+    if (::pipe(ends) != 0)
+        return { {}, 0, "cannot create a pipe" };
+    std::string measure = std::string(measureArgument) + std::to_string(samples);
+    std::string descriptor = std::to_string(ends[1]);
+    pid_t child = ::fork();
+    if (child == 0) {
+        ::close(ends[0]);
+        ::execl("/proc/self/exe", "vardel_linux_bench", measure.c_str(), descriptor.c_str(), nullptr);
+        ::_exit(127);
+    }
+    ::close(ends[1]);
+    std::string text;
+    char buffer[4096];
+    for (ssize_t received; (received = ::read(ends[0], buffer, sizeof buffer)) > 0;)
+        text.append(buffer, static_cast<size_t>(received));
+    ::close(ends[0]);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    auto report = nlohmann::json::parse(text, nullptr, false);
+    if (report.is_discarded())
+        return { {}, 0, "the measuring process reported nothing" };
+    ChildMeasurement measured { report["seconds"].get<std::vector<double>>(), report["calls"].get<double>(),
+        report["error"].get<std::string>() };
+    if (measured.error.empty() && measured.seconds.size() < static_cast<size_t>(samples))
+        measured.error = "the measuring process measured too few samples";
+    return measured;
+}
+
+// The frontmost window comes from the compositor's toplevel list (in memory), its process from the
+// accessibility bus (looked up once per window), the page from AT-SPI.
+void firefoxWaylandSample(benchmark::State& state)
+{
+    testing::HeadlessWaylandDesktop desktop(testing::WaylandCompositor::sway);
+    auto site = desktop.makeFolder(desktop.scratchFolder() / "site");
+    std::ofstream(site / "page.html") << pageHtml();
+    desktop.start("/usr/bin/python3",
+        { "-m", "http.server", std::to_string(waylandPagePort), "--bind", "127.0.0.1", "--directory", site.string() });
+    if (!testing::waitUntil([] { return acceptsConnections(waylandPagePort); }, std::chrono::seconds(10))) {
+        state.SkipWithError("the page server did not start");
+        return;
+    }
+    desktop.start("/usr/bin/firefox-esr",
+        { "--no-remote", "--profile", desktop.makeFolder(desktop.scratchFolder() / "profile").string(),
+            "http://127.0.0.1:" + std::to_string(waylandPagePort) + "/page.html" },
+        { { "MOZ_ENABLE_WAYLAND", "1" }, { "MOZ_CRASHREPORTER_DISABLE", "1" } });
+    bool shown = testing::waitUntil(
+        [&] {
+            try {
+                return desktop.run("swaymsg", { "-t", "get_tree" }).find(pageTitle) != std::string::npos;
+            } catch (const testing::HeadlessDesktopError&) {
+                return false;
+            }
+        },
+        std::chrono::seconds(60), std::chrono::milliseconds(250));
+    if (!shown) {
+        state.SkipWithError("Firefox did not show the page");
+        return;
+    }
+
+    // The session's buses admit their owner only: a child that is that user measures, and reports
+    // each sample's time.
+    // The measuring process, once the session's user, may not reach the build's identifier table:
+    // it reads a copy in the session's folder.
+    auto table = linux_desktop::ApplicationIdentifierTable::shippedTablePath();
+    const char* shareFolder = std::getenv("VARDEL_SHARE_DIR");
+    std::string savedShareFolder = shareFolder ? shareFolder : "";
+    if (table) {
+        auto share = desktop.makeFolder(desktop.scratchFolder() / "share");
+        std::filesystem::copy_file(*table, share / table->filename());
+        ::setenv("VARDEL_SHARE_DIR", share.c_str(), 1);
+    }
+    auto measured = measureInChild(static_cast<int>(state.max_iterations));
+    if (savedShareFolder.empty())
+        ::unsetenv("VARDEL_SHARE_DIR");
+    else
+        ::setenv("VARDEL_SHARE_DIR", savedShareFolder.c_str(), 1);
+    if (!measured.error.empty()) {
+        state.SkipWithError(measured.error.c_str());
+        return;
+    }
+    size_t next = 0;
+    for (auto _ : state)
+        state.SetIterationTime(measured.seconds[next++]);
+    state.counters["atspiCallsPerSample"] = measured.callsPerSample;
+}
+
+BENCHMARK(firefoxWaylandSample)->Unit(benchmark::kMillisecond)->Iterations(200)->UseManualTime();
+
 } // namespace
 } // namespace vardel
+
+int main(int argc, char** argv)
+{
+    if (argc == 3 && std::string_view(argv[1]).starts_with(vardel::measureArgument)) {
+        std::string_view samples = std::string_view(argv[1]).substr(vardel::measureArgument.size());
+        std::string_view descriptor = argv[2];
+        int count = 0;
+        int report = -1;
+        std::from_chars(samples.data(), samples.data() + samples.size(), count);
+        std::from_chars(descriptor.data(), descriptor.data() + descriptor.size(), report);
+        return count > 0 && report >= 0 ? vardel::reportMeasurement(count, report) : 2;
+    }
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 1;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

@@ -1,5 +1,5 @@
 // vardel-tracker: the tracker process. With VARDEL_DESKTOP it runs on the scripted desktop that the
-// scenario file describes, in virtual time; otherwise on the X11 desktop of DISPLAY.
+// scenario file describes, in virtual time; otherwise on the Wayland or X11 desktop of the session.
 
 #include "extractors/BuiltInExtractors.h"
 #include "platform/JsonLinesTrace.h"
@@ -210,10 +210,10 @@ int main(int argc, char** argv)
     if (const char* scenario = environment("VARDEL_DESKTOP"))
         return runOnScriptedDesktop(scenario, arguments);
 #if VARDEL_WITH_LINUX_DESKTOP
-    if (environment("DISPLAY"))
+    if (environment("WAYLAND_DISPLAY") || environment("DISPLAY"))
         return runOnLinuxDesktop(arguments);
-    std::cerr << "vardel-tracker: there is no desktop to track: DISPLAY names no X display; set it, or set "
-                 "VARDEL_DESKTOP to a scenario file to run on the scripted desktop\n";
+    std::cerr << "vardel-tracker: there is no desktop to track: neither WAYLAND_DISPLAY nor DISPLAY names a display; "
+                 "set one, or set VARDEL_DESKTOP to a scenario file to run on the scripted desktop\n";
 #else
     std::cerr << "vardel-tracker: this build has no Linux desktop backend; set VARDEL_DESKTOP to a scenario file "
                  "to run on the scripted desktop\n";

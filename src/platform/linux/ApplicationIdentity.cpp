@@ -129,7 +129,9 @@ std::optional<DesktopEntry> ApplicationIdentity::entryForBundleIdentifier(std::s
 RunningApplication ApplicationIdentity::identify(ProcessIdentifier pid, const X11Window* window)
 {
     auto executable = executableOf(pid);
-    if (auto known = known_.find(pid); known != known_.end() && executable == known->second.executable)
+    // Without a pid (a Wayland toplevel whose application is not on the accessibility bus) only the
+    // window tells who it is, and nothing is remembered.
+    if (auto known = known_.find(pid); pid > 0 && known != known_.end() && executable == known->second.executable)
         return known->second.application;
 
     RunningApplication application;
@@ -149,7 +151,8 @@ RunningApplication ApplicationIdentity::identify(ProcessIdentifier pid, const X1
         if (!name.empty())
             application.localizedName = name;
     }
-    known_.insert_or_assign(pid, Known { executable.value_or(""), application });
+    if (pid > 0)
+        known_.insert_or_assign(pid, Known { executable.value_or(""), application });
     return application;
 }
 

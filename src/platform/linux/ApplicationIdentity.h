@@ -22,6 +22,7 @@ public:
     }
 
     // The window, when given, is one of the process's client windows (WM_CLASS, _GTK_APPLICATION_ID).
+    // Without a pid (0) the window alone identifies the application, which then has no pid either.
     RunningApplication identify(ProcessIdentifier, const X11Window* window);
 
     // The desktop entry of a process, found in this order: Flatpak metadata, the snap's name, the

@@ -307,11 +307,12 @@ std::optional<Value> AtspiAttributeReader::enhancedUserInterface(AtspiAccessible
 // The window with the active state, else the one the X11 active window shows.
 std::optional<AXUIElement> AtspiAttributeReader::focusedWindowOf(AtspiAccessible* application)
 {
-    for (const AXUIElement& window : calls_.windowsOf(application)) {
+    std::vector<AXUIElement> windows = calls_.windowsOf(application);
+    for (const AXUIElement& window : windows) {
         if (calls_.hasState(AtspiElement::accessibleOf(window), ATSPI_STATE_ACTIVE))
             return window;
     }
-    return windowMatcher_.windowOfActiveX11Window(application);
+    return windowMatcher_.windowOfActiveX11Window(application, windows);
 }
 
 } // namespace vardel::linux_desktop

@@ -53,20 +53,25 @@ std::optional<X11Window> AtspiWindowMatcher::x11WindowOf(AtspiAccessible* window
     return std::nullopt;
 }
 
-std::optional<AXUIElement> AtspiWindowMatcher::windowOfActiveX11Window(AtspiAccessible* application)
+std::optional<AXUIElement> AtspiWindowMatcher::windowOfActiveX11Window(
+    AtspiAccessible* application, const std::vector<AXUIElement>& windows)
 {
     if (!windowFacts_)
         return std::nullopt;
     auto active = windowFacts_->activeWindow();
     if (!active || active->pid != calls_.processId(application))
         return std::nullopt;
-    for (const AXUIElement& window : calls_.windowsOf(application)) {
+    for (const AXUIElement& window : windows) {
         AtspiAccessible* accessible = AtspiElement::accessibleOf(window);
         if (calls_.name(accessible) == active->title && !active->title.empty())
             return window;
         if (auto extents = calls_.extents(accessible); extents && framesMatch(*extents, active->frame))
             return window;
     }
+    // One window on each side is the same window, even when its accessible name is empty and its
+    // frame unknown (a header-bar window on Wayland, which tells no window's position).
+    if (windows.size() == 1 && windowFacts_->windowsOfProcess(active->pid).size() == 1)
+        return windows.front();
     return std::nullopt;
 }
 

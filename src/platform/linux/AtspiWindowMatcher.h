@@ -18,8 +18,9 @@ public:
 
     // The X11 client window that shows the AT-SPI window.
     std::optional<X11Window> x11WindowOf(AtspiAccessible* window);
-    // The application's window that the X11 active window shows.
-    std::optional<AXUIElement> windowOfActiveX11Window(AtspiAccessible* application);
+    // Which of the application's windows (its window children) the X11 active window shows.
+    std::optional<AXUIElement> windowOfActiveX11Window(
+        AtspiAccessible* application, const std::vector<AXUIElement>& windows);
 
 private:
     AtspiCalls& calls_;

@@ -2,6 +2,7 @@
 
 #include "platform/linux/ApplicationIdentity.h"
 #include "platform/linux/AtspiAccessibility.h"
+#include "platform/linux/AtspiApplicationDirectory.h"
 #include "platform/linux/DesktopNotificationCenter.h"
 #include "platform/linux/HeadlessStatusBar.h"
 #include "platform/linux/InotifyFileEventStreams.h"
@@ -19,6 +20,10 @@
 #include "platform/linux/TracedTimeEntryEditor.h"
 #include "platform/linux/UnattendedAlerts.h"
 #include "platform/linux/UnavailableAccessibility.h"
+#include "platform/linux/WaylandConnection.h"
+#include "platform/linux/WaylandWindowFacts.h"
+#include "platform/linux/WaylandWindowServer.h"
+#include "platform/linux/WindowSystemChoice.h"
 #include "platform/linux/X11Connection.h"
 #include "platform/linux/X11WindowServer.h"
 #include "platform/linux/X11Workspace.h"
@@ -71,10 +76,18 @@ const char* environment(const char* name)
     return value && *value ? value : nullptr;
 }
 
+std::optional<std::string> windowSystemPreference(PreferenceStore& defaults)
+{
+    auto value = defaults.object(WindowSystemChoice::preferenceKey);
+    if (!value || !value->asText())
+        return std::nullopt;
+    return *value->asText();
+}
+
 } // namespace
 
 struct LinuxDesktop::State {
-    State(const LinuxDesktopStores& stores, JsonLinesTrace& trace, std::unique_ptr<X11Connection> connection)
+    State(const LinuxDesktopStores& stores, JsonLinesTrace& trace)
         : stores(stores)
         , trace(trace)
         , log(trace)
@@ -83,11 +96,7 @@ struct LinuxDesktop::State {
         , standardStreams(trace)
         , notifications(trace, log, DesktopNotificationCenter::deliveredFileIn(environment("XDG_RUNTIME_DIR")))
         , timeEntryEditor(trace, log)
-        , x11(std::move(connection))
-        , windowServer(*x11)
         , identity(desktopEntries, identifierTable(stores.standardUserDefaults))
-        , workspace(*x11, identity, launcher, trace)
-        , powerManagement(workspace, clock, log)
         , alerts(log)
         , scriptingCommands(runLoop, log, vardel::ScriptingCommandServer::socketPath(std::getenv))
         , fileEventStreams(runLoop, fileEventSourceHooks())
@@ -119,18 +128,66 @@ struct LinuxDesktop::State {
     DesktopNotificationCenter notifications;
     TracedTimeEntryEditor timeEntryEditor;
     NoRunningTaskSource runningTasks;
+    // One of the two display connections, and what the other pieces read windows from.
     std::unique_ptr<X11Connection> x11;
-    X11WindowServer windowServer;
+    std::unique_ptr<WaylandConnection> wayland;
+    std::optional<PollRunLoop::SourceId> waylandSource;
+    std::unique_ptr<AtspiApplicationDirectory> accessibleApplications;
+    std::unique_ptr<WaylandWindowFacts> waylandWindows;
+    X11WindowFacts* windowFacts = nullptr;
+    std::unique_ptr<WindowServer> windowServer;
     DesktopEntries desktopEntries;
     ApplicationIdentity identity;
-    X11Workspace workspace;
-    LinuxPowerManagement powerManagement;
+    std::unique_ptr<X11Workspace> workspace;
+    std::unique_ptr<LinuxPowerManagement> powerManagement;
     std::unique_ptr<Accessibility> accessibility;
     UnattendedAlerts alerts;
     HeadlessStatusBar statusBar;
     SocketScriptingCommands scriptingCommands;
     std::map<int, PollRunLoop::SourceId> fileEventSources;
     InotifyFileEventStreams fileEventStreams;
+
+    void openX11(const char* display)
+    {
+        x11 = X11Connection::open(display);
+        if (!x11)
+            throw LinuxDesktopError(std::string("cannot open the X display ")
+                + (display                       ? display
+                        : environment("DISPLAY") ? environment("DISPLAY")
+                                                 : "(DISPLAY is not set)"));
+        windowFacts = x11.get();
+        windowServer = std::make_unique<X11WindowServer>(*x11);
+    }
+
+    // Without a compositor that answers, the workspace is empty rather than the tracker stopped: the
+    // session may still be starting.
+    void openWayland()
+    {
+        wayland = WaylandConnection::open();
+        if (!wayland) {
+            log.warning(std::string("The Wayland compositor on ") + environment("WAYLAND_DISPLAY")
+                + " does not answer: no windows are tracked.");
+        } else if (!wayland->listsToplevels()) {
+            log.info("The compositor does not list its windows (wlr-foreign-toplevel-management): the frontmost "
+                     "window is the one the accessibility bus reports active.");
+        }
+        if (wayland) {
+            waylandSource = runLoop.addReadableSource(wayland->fileDescriptor(), [this] { readWaylandEvents(); });
+        }
+        accessibleApplications = AtspiApplicationDirectory::connect();
+        waylandWindows = std::make_unique<WaylandWindowFacts>(wayland.get(), accessibleApplications.get());
+        windowFacts = waylandWindows.get();
+        windowServer = std::make_unique<WaylandWindowServer>(wayland.get(), *waylandWindows);
+    }
+
+    void readWaylandEvents()
+    {
+        if (wayland->readEvents())
+            return;
+        runLoop.removeSource(*waylandSource);
+        waylandSource.reset();
+        log.warning("The Wayland compositor closed the connection: no windows are tracked from now on.");
+    }
 
     void serveGlibEvents()
     {
@@ -145,14 +202,21 @@ struct LinuxDesktop::State {
 std::unique_ptr<LinuxDesktop> LinuxDesktop::open(
     const LinuxDesktopStores& stores, JsonLinesTrace& trace, const char* display)
 {
-    auto connection = X11Connection::open(display);
-    if (!connection)
-        throw LinuxDesktopError(std::string("cannot open the X display ")
-            + (display                       ? display
-                    : environment("DISPLAY") ? environment("DISPLAY")
-                                             : "(DISPLAY is not set)"));
-    auto state = std::make_unique<State>(stores, trace, std::move(connection));
-    if (auto accessibility = AtspiAccessibility::connect(state->x11.get())) {
+    auto state = std::make_unique<State>(stores, trace);
+    auto choice = display
+        ? WindowSystemChoice { WindowSystem::x11, std::string("the X display ") + display + " was asked for" }
+        : WindowSystemChoice::choose(environment, windowSystemPreference(stores.standardUserDefaults));
+    if (!choice)
+        throw LinuxDesktopError("neither WAYLAND_DISPLAY nor DISPLAY names a display");
+    state->log.info("Window system: " + choice->reason + ".");
+    if (choice->windowSystem == WindowSystem::wayland)
+        state->openWayland();
+    else
+        state->openX11(display);
+    state->workspace
+        = std::make_unique<X11Workspace>(*state->windowFacts, state->identity, state->launcher, state->trace);
+    state->powerManagement = std::make_unique<LinuxPowerManagement>(*state->workspace, state->clock, state->log);
+    if (auto accessibility = AtspiAccessibility::connect(state->windowFacts)) {
         state->accessibility = std::move(accessibility);
     } else {
         state->log.warning("The accessibility bus (AT-SPI) is not available: window titles come from X11 alone, "
@@ -244,11 +308,11 @@ Accessibility& LinuxDesktop::accessibility()
 }
 Workspace& LinuxDesktop::workspace()
 {
-    return state_->workspace;
+    return *state_->workspace;
 }
 WindowServer& LinuxDesktop::windowServer()
 {
-    return state_->windowServer;
+    return *state_->windowServer;
 }
 PreferenceStore& LinuxDesktop::standardUserDefaults()
 {
@@ -296,7 +360,7 @@ StandardStreams& LinuxDesktop::standardStreams()
 }
 PowerManagement& LinuxDesktop::powerManagement()
 {
-    return state_->powerManagement;
+    return *state_->powerManagement;
 }
 UserNotificationCenter& LinuxDesktop::userNotificationCenter()
 {

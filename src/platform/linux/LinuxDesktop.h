@@ -18,19 +18,21 @@ struct LinuxDesktopStores {
     DefaultsDomains& defaultsDomains;
 };
 
-// Why the desktop cannot be used: no X display.
+// Why the desktop cannot be used: no display, or an X display that cannot be opened.
 class LinuxDesktopError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-// The real Linux desktop: X11 (one xcb connection) for windows, screens and the frontmost
-// application, AT-SPI2 for other applications' element trees, real time on a poll() run loop.
+// The real Linux desktop: X11 (one xcb connection) or, in a Wayland session, the compositor for
+// windows, screens and the frontmost application, AT-SPI2 for other applications' element trees,
+// real time on a poll() run loop.
 class LinuxDesktop final : public Platform {
 public:
-    // display: nullptr for $DISPLAY. Throws LinuxDesktopError without a display, or when the shipped
-    // application identifier table is unreadable. Without an accessibility bus it runs on X11 alone
-    // and logs one warning.
+    // display: an X display to use, nullptr to choose from the session (WindowSystemChoice). Throws
+    // LinuxDesktopError without a display, or when the shipped application identifier table is
+    // unreadable. Without an accessibility bus it runs on the display's facts alone and logs one
+    // warning.
     static std::unique_ptr<LinuxDesktop> open(
         const LinuxDesktopStores&, JsonLinesTrace& trace, const char* display = nullptr);
     ~LinuxDesktop() override;

@@ -28,7 +28,7 @@ public:
     std::vector<X11Window> onScreenWindowsFrontToBack();
     // Every managed client window, on screen or not, in the window manager's stacking order, front
     // to back.
-    std::vector<X11Window> clientWindowsFrontToBack();
+    std::vector<X11Window> clientWindowsFrontToBack() override;
 
     // The monitors in the system's order, the primary first, in top-left-origin global
     // coordinates; the whole root window when RandR knows none.

@@ -28,8 +28,10 @@ struct X11Window {
     int layer = 0;
 };
 
-// The window facts that accessibility cannot tell on X11: which window is active, its full-screen
-// state and the title of windows whose accessible name is empty.
+// The window facts that accessibility cannot tell: which window is active, its full-screen state and
+// the title of windows whose accessible name is empty. The X server tells them on X11, the
+// compositor on Wayland (WaylandWindowFacts, where a window's id is its toplevel's and its class its
+// app id).
 class X11WindowFacts {
 public:
     virtual ~X11WindowFacts() = default;
@@ -37,6 +39,8 @@ public:
     virtual std::optional<X11Window> activeWindow() = 0;
     // The process's client windows, front to back.
     virtual std::vector<X11Window> windowsOfProcess(ProcessIdentifier) = 0;
+    // Every managed client window, on screen or not, front to back.
+    virtual std::vector<X11Window> clientWindowsFrontToBack() = 0;
 };
 
 } // namespace vardel::linux_desktop

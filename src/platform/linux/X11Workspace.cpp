@@ -16,7 +16,8 @@ constexpr const char* xdgOpenProgram = "/usr/bin/xdg-open";
 std::optional<RunningApplication> X11Workspace::frontmostApplication()
 {
     auto active = connection_.activeWindow();
-    if (!active || active->pid <= 0)
+    // A Wayland toplevel whose process is unknown is still known by its app id.
+    if (!active || (active->pid <= 0 && active->className.empty()))
         return std::nullopt;
     return identity_.identify(active->pid, &*active);
 }

@@ -4,15 +4,17 @@
 #include "platform/ProcessLauncher.h"
 #include "platform/Workspace.h"
 #include "platform/linux/ApplicationIdentity.h"
-#include "platform/linux/X11Connection.h"
+#include "platform/linux/X11WindowFacts.h"
 
 namespace vardel::linux_desktop {
 
 // Running applications are the processes that own client windows; the frontmost one owns
-// _NET_ACTIVE_WINDOW. Installed applications are desktop entries, a bundle's path being the entry's.
+// _NET_ACTIVE_WINDOW (on Wayland: the activated toplevel). Installed applications are desktop
+// entries, a bundle's path being the entry's.
 class X11Workspace final : public Workspace {
 public:
-    X11Workspace(X11Connection& connection, ApplicationIdentity& identity, ProcessLauncher& launcher, EventTrace& trace)
+    X11Workspace(
+        X11WindowFacts& connection, ApplicationIdentity& identity, ProcessLauncher& launcher, EventTrace& trace)
         : connection_(connection)
         , identity_(identity)
         , launcher_(launcher)
@@ -32,7 +34,7 @@ public:
 private:
     ApplicationBundle bundleOf(const DesktopEntry&) const;
 
-    X11Connection& connection_;
+    X11WindowFacts& connection_;
     ApplicationIdentity& identity_;
     ProcessLauncher& launcher_;
     EventTrace& trace_;
