@@ -3,7 +3,6 @@
 #include "platform/linux/ApplicationIdentity.h"
 #include "platform/linux/AtspiAccessibility.h"
 #include "platform/linux/DesktopNotificationCenter.h"
-#include "platform/linux/HeadlessStatusBar.h"
 #include "platform/linux/InotifyFileEventStreams.h"
 #include "platform/linux/JsonPropertyListFiles.h"
 #include "platform/linux/LogindPowerManagement.h"
@@ -14,12 +13,14 @@
 #include "platform/linux/SocketScriptingCommands.h"
 #include "platform/linux/SpawnProcessLauncher.h"
 #include "platform/linux/StandardErrorLog.h"
+#include "platform/linux/StatusNotifierItem.h"
 #include "platform/linux/SystemClock.h"
 #include "platform/linux/TraceAnalyticsSink.h"
 #include "platform/linux/TracedTimeEntryEditor.h"
 #include "platform/linux/UnattendedAlerts.h"
 #include "platform/linux/UnavailableAccessibility.h"
 #include "platform/linux/X11Connection.h"
+#include "platform/linux/X11GlobalShortcuts.h"
 #include "platform/linux/X11WindowServer.h"
 #include "platform/linux/X11Workspace.h"
 
@@ -74,7 +75,8 @@ const char* environment(const char* name)
 } // namespace
 
 struct LinuxDesktop::State {
-    State(const LinuxDesktopStores& stores, JsonLinesTrace& trace, std::unique_ptr<X11Connection> connection)
+    State(const LinuxDesktopStores& stores, JsonLinesTrace& trace, std::unique_ptr<X11Connection> connection,
+        const char* display)
         : stores(stores)
         , trace(trace)
         , log(trace)
@@ -88,6 +90,8 @@ struct LinuxDesktop::State {
         , identity(desktopEntries, identifierTable(stores.standardUserDefaults))
         , workspace(*x11, identity, launcher, trace)
         , alerts(log)
+        , globalShortcuts(runLoop, log, display)
+        , statusBar(runLoop, log, [this] { return globalShortcuts.heldModifierFlags(); })
         , scriptingCommands(runLoop, log, vardel::ScriptingCommandServer::socketPath(std::getenv))
         , fileEventStreams(runLoop, fileEventSourceHooks())
     {
@@ -126,7 +130,8 @@ struct LinuxDesktop::State {
     X11Workspace workspace;
     std::unique_ptr<Accessibility> accessibility;
     UnattendedAlerts alerts;
-    HeadlessStatusBar statusBar;
+    X11GlobalShortcuts globalShortcuts;
+    StatusNotifierItem statusBar;
     SocketScriptingCommands scriptingCommands;
     std::map<int, PollRunLoop::SourceId> fileEventSources;
     InotifyFileEventStreams fileEventStreams;
@@ -150,7 +155,7 @@ std::unique_ptr<LinuxDesktop> LinuxDesktop::open(
             + (display                       ? display
                     : environment("DISPLAY") ? environment("DISPLAY")
                                              : "(DISPLAY is not set)"));
-    auto state = std::make_unique<State>(stores, trace, std::move(connection));
+    auto state = std::make_unique<State>(stores, trace, std::move(connection), display);
     if (auto accessibility = AtspiAccessibility::connect(state->x11.get())) {
         state->accessibility = std::move(accessibility);
     } else {
@@ -212,6 +217,11 @@ ScriptingCommands& LinuxDesktop::scriptingCommands()
 FileEventStreams& LinuxDesktop::fileEventStreams()
 {
     return state_->fileEventStreams;
+}
+
+GlobalShortcuts& LinuxDesktop::globalShortcuts()
+{
+    return state_->globalShortcuts;
 }
 
 // The program has no bundle here: the folder of its executable stands in for it, without a
