@@ -1,8 +1,7 @@
 #pragma once
 
 #include <functional>
-
-typedef struct _GDBusConnection GDBusConnection;
+#include <gio/gio.h>
 
 namespace vardel::linux_desktop {
 

@@ -5,10 +5,9 @@
 
 #include <cstddef>
 #include <functional>
+#include <libdbusmenu-glib/menuitem.h>
 #include <memory>
 #include <vector>
-
-typedef struct _DbusmenuMenuitem DbusmenuMenuitem;
 
 namespace vardel::linux_desktop {
 

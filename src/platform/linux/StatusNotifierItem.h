@@ -9,13 +9,11 @@
 #include "platform/linux/StatusNotifierLook.h"
 
 #include <functional>
+#include <gio/gio.h>
+#include <libdbusmenu-glib/server.h>
 #include <memory>
 #include <optional>
 #include <string>
-
-typedef struct _GDBusConnection GDBusConnection;
-typedef struct _GCancellable GCancellable;
-typedef struct _DbusmenuServer DbusmenuServer;
 
 namespace vardel::linux_desktop {
 
