@@ -172,6 +172,15 @@ public:
         ownName(watcherInterface);
     }
 
+    // The tray restarts: its name goes and comes back.
+    void restartWatcher()
+    {
+        call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "ReleaseName",
+            g_variant_new("(s)", watcherInterface));
+        call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "RequestName",
+            g_variant_new("(su)", watcherInterface, 0u));
+    }
+
     void ownName(const std::string& name)
     {
         call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "RequestName",
@@ -332,6 +341,9 @@ TEST_F(StatusItemEndToEndTest, TheTrayMenuPausesResumesAndQuits)
     bus_->becomeWatcher();
     ASSERT_TRUE(waitFor([&] { return !bus_->registeredItems.empty(); })) << "the item never registered";
     std::string item = bus_->registeredItems.front();
+    bus_->restartWatcher();
+    ASSERT_TRUE(waitFor([&] { return bus_->registeredItems.size() == 2; })) << "the item did not register again";
+    EXPECT_EQ(bus_->registeredItems.back(), item);
     EXPECT_EQ(bus_->itemText(item, "Status"), "Active");
     EXPECT_EQ(bus_->itemText(item, "IconName"), "vardel-tracker");
     EXPECT_EQ(bus_->itemText(item, "ItemIsMenu"), "true");
