@@ -270,6 +270,12 @@ protected:
             desktop_ = std::make_unique<HeadlessDesktop>();
         folder_ = desktop_->scratchFolder() / ::testing::UnitTest::GetInstance()->current_test_info()->name();
         std::filesystem::create_directories(folder_ / "config/vardel");
+        // The main application, so that "Open Vardel" has something to open.
+        std::filesystem::create_directories(folder_ / "share/applications");
+        std::ofstream(folder_ / "share/applications/vardel-main.desktop")
+            << "[Desktop Entry]\nType=Application\nName=Vardel\nExec=/bin/true\n";
+        std::ofstream(folder_ / "config/vardel/defaults.json")
+            << R"({"LinuxDesktop_applicationIdentifiers": {"vardel-main": "info.quenby.Vardel2"}})";
         std::ofstream(folder_ / "config/vardel/preferences.json")
             << R"({"startTaskShortcut": {"key": "t", "modifierFlags": 1048576}, "shouldAskForTaskAfterIdle": true})";
         bus_ = std::make_unique<TestDesktopBus>();
@@ -292,7 +298,8 @@ protected:
         auto trace = folder_ / ("trace-" + std::to_string(trackers_.size() + 1) + ".jsonl");
         trackers_.push_back(desktop_->start(VARDEL_TRACKER_PATH, {},
             { { "VARDEL_TRACE", trace.string() }, { "VARDEL_DATA_DIR", (folder_ / "data").string() },
-                { "XDG_CONFIG_HOME", (folder_ / "config").string() } }));
+                { "XDG_CONFIG_HOME", (folder_ / "config").string() },
+                { "XDG_DATA_HOME", (folder_ / "share").string() } }));
         return trace;
     }
 
@@ -375,6 +382,18 @@ TEST_F(StatusItemEndToEndTest, TheTrayMenuPausesResumesAndQuits)
     EXPECT_EQ(root.find("Ask for a Task")->toggleState, 1);
     EXPECT_FALSE(root.find("Ask for a Task")->enabled);
     EXPECT_EQ(root.find("Launch at Login")->toggleType, "");
+
+    // Opening the menu with Alt (Option) held opens the main application.
+    bus_->event(item, menu, 0, "closed");
+    desktop_->run("xdotool", { "keydown", "alt" });
+    bus_->aboutToShow(item, menu, 0);
+    waitForTrace(
+        tracePath,
+        [](const Trace& trace) {
+            return std::any_of(trace.begin(), trace.end(), [](const auto& event) { return event["event"] == "open"; });
+        },
+        "the main application opened");
+    desktop_->run("xdotool", { "keyup", "alt" });
 
     size_t before = readTrace(tracePath).size();
     bus_->event(item, menu, root.find("1 Hour")->id, "clicked");
