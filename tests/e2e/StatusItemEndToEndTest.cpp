@@ -353,6 +353,10 @@ TEST_F(StatusItemEndToEndTest, TheTrayMenuPausesResumesAndQuits)
     EXPECT_EQ(bus_->registeredItems.back(), item);
     EXPECT_EQ(bus_->itemText(item, "Status"), "Active");
     EXPECT_EQ(bus_->itemText(item, "IconName"), "vardel-tracker");
+    // The tray finds both icons in the shipped theme.
+    std::filesystem::path icons = bus_->itemText(item, "IconThemePath").value_or("");
+    for (const char* icon : { "vardel-tracker.svg", "vardel-tracker-paused.svg" })
+        EXPECT_TRUE(std::filesystem::exists(icons / "hicolor/scalable/apps" / icon)) << icons;
     EXPECT_EQ(bus_->itemText(item, "ItemIsMenu"), "true");
     std::string menu = bus_->itemText(item, "Menu").value_or("");
     ASSERT_EQ(menu, "/MenuBar");

@@ -10,6 +10,7 @@
 #include "platform/linux/PollRunLoop.h"
 #include "platform/linux/ProcessStandardStreams.h"
 #include "platform/linux/ScriptingCommandServer.h"
+#include "platform/linux/ShippedData.h"
 #include "platform/linux/SocketScriptingCommands.h"
 #include "platform/linux/SpawnProcessLauncher.h"
 #include "platform/linux/StandardErrorLog.h"
@@ -66,6 +67,14 @@ std::string languageTag(std::string locale)
     return locale;
 }
 
+// The shipped icon theme with the status item's icons; none when it is not installed.
+std::string statusIconThemePath()
+{
+    std::error_code error;
+    auto folder = ShippedData::find("icons");
+    return folder && std::filesystem::is_directory(*folder, error) ? folder->string() : "";
+}
+
 const char* environment(const char* name)
 {
     const char* value = std::getenv(name);
@@ -91,7 +100,8 @@ struct LinuxDesktop::State {
         , workspace(*x11, identity, launcher, trace)
         , alerts(log)
         , globalShortcuts(runLoop, log, display)
-        , statusBar(runLoop, log, [this] { return globalShortcuts.heldModifierFlags(); })
+        , statusBar(
+              runLoop, log, [this] { return globalShortcuts.heldModifierFlags(); }, statusIconThemePath())
         , scriptingCommands(runLoop, log, vardel::ScriptingCommandServer::socketPath(std::getenv))
         , fileEventStreams(runLoop, fileEventSourceHooks())
     {

@@ -24,6 +24,7 @@ constexpr const char* introspection = R"xml(<node>
     <property name="Status" type="s" access="read"/>
     <property name="WindowId" type="i" access="read"/>
     <property name="IconName" type="s" access="read"/>
+    <property name="IconThemePath" type="s" access="read"/>
     <property name="IconPixmap" type="a(iiay)" access="read"/>
     <property name="OverlayIconName" type="s" access="read"/>
     <property name="AttentionIconName" type="s" access="read"/>
@@ -46,8 +47,9 @@ constexpr const char* introspection = R"xml(<node>
   </interface>
 </node>)xml";
 
-GVariant* property(const StatusNotifierLook& look, std::string_view name)
+GVariant* property(const StatusNotifierItem& item, std::string_view name)
 {
+    const StatusNotifierLook& look = item.look();
     if (name == "Category")
         return g_variant_new_string("ApplicationStatus");
     if (name == "Id")
@@ -60,6 +62,8 @@ GVariant* property(const StatusNotifierLook& look, std::string_view name)
         return g_variant_new_int32(0);
     if (name == "IconName")
         return g_variant_new_string(look.iconName.c_str());
+    if (name == "IconThemePath")
+        return g_variant_new_string(item.iconThemePath().c_str());
     if (name == "IconPixmap")
         return g_variant_new_array(G_VARIANT_TYPE("(iiay)"), nullptr, 0);
     if (name == "ToolTip")
@@ -78,7 +82,7 @@ GVariant* property(const StatusNotifierLook& look, std::string_view name)
 GVariant* getProperty(
     GDBusConnection*, const gchar*, const gchar*, const gchar*, const gchar* name, GError**, gpointer item)
 {
-    return property(static_cast<StatusNotifierItem*>(item)->look(), name);
+    return property(*static_cast<StatusNotifierItem*>(item), name);
 }
 
 // The menu is the item's only action (ItemIsMenu): the host opens it itself, so clicks and
@@ -118,10 +122,12 @@ void validate(std::vector<MenuItem>& items, MenuDelegate& delegate)
 
 } // namespace
 
-StatusNotifierItem::StatusNotifierItem(RunLoop& runLoop, Log& log, std::function<uint64_t()> heldModifierFlags)
+StatusNotifierItem::StatusNotifierItem(
+    RunLoop& runLoop, Log& log, std::function<uint64_t()> heldModifierFlags, std::string iconThemePath)
     : runLoop_(runLoop)
     , log_(log)
     , heldModifierFlags_(std::move(heldModifierFlags))
+    , iconThemePath_(std::move(iconThemePath))
     , self_(std::make_shared<StatusNotifierItem*>(this))
     , look_(StatusNotifierLook::of({}))
     , tree_({ [this] { queue([](StatusNotifierItem& item) { item.openMenu(); }); },

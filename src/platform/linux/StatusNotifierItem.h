@@ -26,8 +26,9 @@ namespace vardel::linux_desktop {
 // when one appears.
 class StatusNotifierItem final : public StatusBar {
 public:
-    // heldModifierFlags tells which modifier keys are down now.
-    StatusNotifierItem(RunLoop&, Log&, std::function<uint64_t()> heldModifierFlags);
+    // heldModifierFlags tells which modifier keys are down now; iconThemePath is the folder of an
+    // icon theme that holds the item's icons (empty: the desktop's themes).
+    StatusNotifierItem(RunLoop&, Log&, std::function<uint64_t()> heldModifierFlags, std::string iconThemePath = {});
     ~StatusNotifierItem() override;
     StatusNotifierItem(const StatusNotifierItem&) = delete;
     StatusNotifierItem& operator=(const StatusNotifierItem&) = delete;
@@ -42,6 +43,7 @@ public:
 
     // For the bus handlers.
     const StatusNotifierLook& look() const { return look_; }
+    const std::string& iconThemePath() const { return iconThemePath_; }
     void watcherAppeared();
     void watcherVanished();
     void registered(bool succeeded, const std::string& error);
@@ -58,6 +60,7 @@ private:
     RunLoop& runLoop_;
     Log& log_;
     std::function<uint64_t()> heldModifierFlags_;
+    std::string iconThemePath_;
     std::function<void()> appearanceObserver_;
     std::shared_ptr<StatusNotifierItem*> self_;
     Menu* menu_ = nullptr;
