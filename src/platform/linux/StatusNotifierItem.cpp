@@ -152,7 +152,7 @@ void StatusNotifierItem::installStatusItem(const std::string&, Menu& menu, MenuD
 {
     menu_ = &menu;
     delegate_ = &delegate;
-    tree_.show(menu);
+    showMenu();
     if (bus_)
         return;
     bus_.reset(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
@@ -222,7 +222,7 @@ void StatusNotifierItem::updateStatusItem(const StatusItemAppearance& appearance
     StatusNotifierLook before = look_;
     look_ = StatusNotifierLook::of(appearance);
     if (menu_)
-        tree_.show(*menu_);
+        showMenu();
     emitChanges(before);
 }
 
@@ -263,7 +263,7 @@ void StatusNotifierItem::openMenu()
         delegate_->menuWillOpen(*menu_);
     }
     validate(menu_->items, *delegate_);
-    tree_.show(*menu_);
+    showMenu();
 }
 
 void StatusNotifierItem::closeMenu()
@@ -272,7 +272,16 @@ void StatusNotifierItem::closeMenu()
         return;
     menuOpen_ = false;
     delegate_->menuDidClose(*menu_);
+    showMenu();
+}
+
+// A menu of another shape gets new entries, which the server must export instead of the old ones.
+void StatusNotifierItem::showMenu()
+{
+    DbusmenuMenuitem* exported = tree_.root();
     tree_.show(*menu_);
+    if (menuServer_ && tree_.root() != exported)
+        dbusmenu_server_set_root(menuServer_.get(), tree_.root());
 }
 
 void StatusNotifierItem::choose(const DbusmenuTree::EntryPath& path)

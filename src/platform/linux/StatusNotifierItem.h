@@ -53,6 +53,7 @@ private:
     void emitChanges(const StatusNotifierLook& before);
     // Queues work on the run loop that is dropped when the item has gone.
     void queue(std::function<void(StatusNotifierItem&)>);
+    void showMenu();
     void openMenu();
     void closeMenu();
     void choose(const DbusmenuTree::EntryPath&);
