@@ -387,6 +387,13 @@ TEST_F(StatusItemEndToEndTest, TheTrayMenuPausesResumesAndQuits)
     EXPECT_FALSE(root.find("Ask for a Task")->enabled);
     EXPECT_EQ(root.find("Launch at Login")->toggleType, "");
 
+    // A disabled line does nothing when clicked.
+    bus_->event(item, menu, root.find("Today")->id, "clicked");
+    waitForTrace(
+        tracePath,
+        [](const Trace& trace) { return logLinesContaining(trace, "hidden, disabled or gone was clicked") == 1; },
+        "the refused click");
+
     // Opening the menu with Alt (Option) held opens the main application.
     bus_->event(item, menu, 0, "closed");
     desktop_->run("xdotool", { "keydown", "alt" });
