@@ -49,6 +49,7 @@ public:
     StatusBar& statusBar() override { return desktop_.statusBar(); }
     ScriptingCommands& scriptingCommands() override { return desktop_.scriptingCommands(); }
     FileEventStreams& fileEventStreams() override { return desktop_.fileEventStreams(); }
+    GlobalShortcuts& globalShortcuts() override { return desktop_.globalShortcuts(); }
     CurrentProcess currentProcess() override { return desktop_.currentProcess(); }
     std::vector<std::string> preferredLanguages() override { return desktop_.preferredLanguages(); }
 

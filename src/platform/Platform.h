@@ -7,6 +7,7 @@
 #include "platform/CurrentProcess.h"
 #include "platform/EventTrace.h"
 #include "platform/FileEventStream.h"
+#include "platform/GlobalShortcuts.h"
 #include "platform/Log.h"
 #include "platform/PowerManagement.h"
 #include "platform/PreferenceStore.h"
@@ -56,6 +57,7 @@ public:
     virtual StatusBar& statusBar() = 0;
     virtual ScriptingCommands& scriptingCommands() = 0;
     virtual FileEventStreams& fileEventStreams() = 0;
+    virtual GlobalShortcuts& globalShortcuts() = 0;
     virtual CurrentProcess currentProcess() = 0;
     // The user's languages, most preferred first ("en", "de-CH").
     virtual std::vector<std::string> preferredLanguages() = 0;

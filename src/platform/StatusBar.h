@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -67,6 +68,9 @@ public:
     virtual void updateStatusItem(const StatusItemAppearance&) = 0;
     // The modifier keys held during the event being handled.
     virtual uint64_t currentModifierFlags() = 0;
+    // Called on the run loop when the desktop's look (such as its colour scheme) changes, which
+    // changes how the item is drawn; nullptr stops the calls.
+    virtual void observeAppearanceChanges(std::function<void()>) = 0;
 };
 
 } // namespace vardel

@@ -34,6 +34,7 @@ void StatusItemController::install(MenuDelegate& menuDelegate)
         statusItem_.maxWidth = maxWidth;
     std::string identifier = platform().currentProcess().mainBundle.bundleIdentifier.value_or("");
     platform().statusBar().installStatusItem(identifier + ".mainStatusItem", statusMenu_, menuDelegate);
+    platform().statusBar().observeAppearanceChanges([this] { effectiveAppearanceChanged(); });
 }
 
 void StatusItemController::updateStatusItemTransparency()

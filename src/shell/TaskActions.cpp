@@ -49,6 +49,7 @@ void TaskActions::updateStartTaskShortcut()
     const std::string key = HelperPreferences::startTaskShortcutKey;
     if (!HelperHelper::tasksAvailable()) {
         binder.breakBindingWithDefaultsKey(key);
+        platform().globalShortcuts().listen({}, nullptr);
         return;
     }
     binder.bindShortcutWithDefaultsKey(key, [this] {
@@ -62,6 +63,25 @@ void TaskActions::updateStartTaskShortcut()
     editTaskShortcutBinder_->bindShortcutWithDefaultsKey(key, [] {
         if (HelperHelper::tasksAvailable())
             editRunningOrLatestTask();
+    });
+    listenForShortcuts();
+}
+
+// The desktop delivers the keys of both bindings; each binder decides whether a press is its own.
+void TaskActions::listenForShortcuts()
+{
+    std::vector<KeyShortcut> keys;
+    if (auto stored = HelperPreferences::startTaskShortcut()) {
+        for (const auto& transform :
+            { MASShortcutBinder::fakeShortcutTransformer, MASShortcutBinder::fakeShortcutWithExtraShiftTransformer }) {
+            if (auto shortcut = transform(*stored))
+                keys.push_back({ shortcut->key, shortcut->modifierFlags });
+        }
+    }
+    platform().globalShortcuts().listen(std::move(keys), [this](const KeyShortcut& pressed) {
+        Shortcut shortcut { pressed.key, pressed.modifierFlags };
+        if (!MASShortcutBinder::sharedBinder().performShortcut(shortcut))
+            editTaskShortcutBinder_->performShortcut(shortcut);
     });
 }
 

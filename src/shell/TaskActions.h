@@ -24,6 +24,8 @@ public:
     MASShortcutBinder* editTaskShortcutBinder() { return editTaskShortcutBinder_.get(); }
 
 private:
+    void listenForShortcuts();
+
     StatusItemController& statusItem_;
     std::unique_ptr<MASShortcutBinder> editTaskShortcutBinder_;
 };

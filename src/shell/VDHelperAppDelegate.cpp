@@ -38,6 +38,8 @@ VDHelperAppDelegate::~VDHelperAppDelegate()
     if (installation_ != 0 && installation_ == Platform::installation()) {
         platform().scriptingCommands().setHandler(nullptr);
         platform().runLoop().setTerminationRequestHandler(nullptr);
+        platform().statusBar().observeAppearanceChanges(nullptr);
+        platform().globalShortcuts().listen({}, nullptr);
     }
 }
 

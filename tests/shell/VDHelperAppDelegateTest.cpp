@@ -1,5 +1,7 @@
 #include "shell/VDHelperAppDelegate.h"
 
+#include "platform/scripted/ScriptedGlobalShortcuts.h"
+#include "platform/scripted/ScriptedStatusBar.h"
 #include "product/DatabaseWrapper.h"
 #include "shell/RandomFraction.h"
 #include "support/ScriptedDesktopTest.h"
@@ -288,7 +290,7 @@ TEST_F(VDHelperAppDelegateTest, AppearanceChangesArePassedOnAtMostEveryTenSecond
         desktop().runUntil(at);
         platform().productPreferences().setObject("statusItemVisible", Value(updates % 2 == 0 ? false : true));
         size_t before = events("statusItem").size();
-        delegate_->effectiveAppearanceChanged();
+        dynamic_cast<scripted::ScriptedStatusBar&>(platform().statusBar()).changeAppearance();
         desktop().runUntil(at + 0.5);
         if (events("statusItem").size() > before)
             ++updates;
@@ -324,22 +326,24 @@ TEST_F(VDHelperAppDelegateTest, TheStoredShortcutStartsAndStopsATimerAndWithShif
         { "editorAnswers",
             { { { "action", "save" }, { "title", "Planning" } },
                 { { "action", "save" }, { "title", "Roadmap" } } } } });
-    Shortcut plain { "t", ModifierFlag::command };
-    Shortcut withShift { "t", ModifierFlag::command | ModifierFlag::shift };
-    MASShortcutBinder& shared = MASShortcutBinder::sharedBinder();
+    KeyShortcut plain { "t", ModifierFlag::command };
+    KeyShortcut withShift { "t", ModifierFlag::command | ModifierFlag::shift };
+    auto& keys = dynamic_cast<scripted::ScriptedGlobalShortcuts&>(platform().globalShortcuts());
+    EXPECT_EQ(keys.listenedShortcuts(), (std::vector<KeyShortcut> { plain, withShift }));
 
-    EXPECT_TRUE(shared.performShortcut(plain));
+    EXPECT_TRUE(keys.press(plain));
     ASSERT_TRUE(platform().runningTasks().runningTask());
     EXPECT_EQ(platform().runningTasks().runningTask()->title, "Planning");
-    EXPECT_FALSE(shared.performShortcut(withShift));
-    EXPECT_TRUE(delegate_->editTaskShortcutBinder()->performShortcut(withShift));
+    EXPECT_FALSE(MASShortcutBinder::sharedBinder().performShortcut({ withShift.key, withShift.modifierFlags }));
+    EXPECT_TRUE(keys.press(withShift));
     EXPECT_EQ(platform().runningTasks().runningTask()->title, "Roadmap");
-    EXPECT_TRUE(shared.performShortcut(plain));
+    EXPECT_TRUE(keys.press(plain));
     EXPECT_FALSE(platform().runningTasks().runningTask());
 
     platform().productPreferences().setObject("tasksAvailable", Value(false));
     delegate_->updateStartTaskShortcut();
-    EXPECT_FALSE(shared.isBound(HelperPreferences::startTaskShortcutKey));
+    EXPECT_FALSE(MASShortcutBinder::sharedBinder().isBound(HelperPreferences::startTaskShortcutKey));
+    EXPECT_TRUE(keys.listenedShortcuts().empty());
 }
 
 TEST_F(VDHelperAppDelegateTest, TheRelaunchIntervalRelaunchesOnce)

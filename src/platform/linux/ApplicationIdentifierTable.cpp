@@ -1,5 +1,7 @@
 #include "platform/linux/ApplicationIdentifierTable.h"
 
+#include "platform/linux/ShippedData.h"
+
 #include <nlohmann/json.hpp>
 
 #include <cstdlib>
@@ -35,18 +37,7 @@ ApplicationIdentifierTable ApplicationIdentifierTable::load(const std::filesyste
 
 std::optional<std::filesystem::path> ApplicationIdentifierTable::shippedTablePath()
 {
-    std::error_code error;
-    if (const char* shareFolder = std::getenv("VARDEL_SHARE_DIR"); shareFolder && *shareFolder)
-        return std::filesystem::path(shareFolder) / tableFileName;
-    auto executableFolder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
-    if (error)
-        return std::nullopt;
-    for (const auto& folder : { executableFolder / "share", executableFolder.parent_path() / "share" }) {
-        auto candidate = folder / "vardel-tracker" / tableFileName;
-        if (std::filesystem::exists(candidate, error))
-            return candidate;
-    }
-    return std::nullopt;
+    return ShippedData::find(tableFileName);
 }
 
 void ApplicationIdentifierTable::addPreferenceEntries(const Value::Dictionary& entries)

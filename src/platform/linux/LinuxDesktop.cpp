@@ -4,7 +4,6 @@
 #include "platform/linux/AtspiAccessibility.h"
 #include "platform/linux/AtspiApplicationDirectory.h"
 #include "platform/linux/DesktopNotificationCenter.h"
-#include "platform/linux/HeadlessStatusBar.h"
 #include "platform/linux/InotifyFileEventStreams.h"
 #include "platform/linux/JsonPropertyListFiles.h"
 #include "platform/linux/LinuxPowerManagement.h"
@@ -12,9 +11,11 @@
 #include "platform/linux/PollRunLoop.h"
 #include "platform/linux/ProcessStandardStreams.h"
 #include "platform/linux/ScriptingCommandServer.h"
+#include "platform/linux/ShippedData.h"
 #include "platform/linux/SocketScriptingCommands.h"
 #include "platform/linux/SpawnProcessLauncher.h"
 #include "platform/linux/StandardErrorLog.h"
+#include "platform/linux/StatusNotifierItem.h"
 #include "platform/linux/SystemClock.h"
 #include "platform/linux/TraceAnalyticsSink.h"
 #include "platform/linux/TracedTimeEntryEditor.h"
@@ -25,6 +26,7 @@
 #include "platform/linux/WaylandWindowServer.h"
 #include "platform/linux/WindowSystemChoice.h"
 #include "platform/linux/X11Connection.h"
+#include "platform/linux/X11GlobalShortcuts.h"
 #include "platform/linux/X11WindowServer.h"
 #include "platform/linux/X11Workspace.h"
 
@@ -70,6 +72,14 @@ std::string languageTag(std::string locale)
     return locale;
 }
 
+// The shipped icon theme with the status item's icons; none when it is not installed.
+std::string statusIconThemePath()
+{
+    std::error_code error;
+    auto folder = ShippedData::find("icons");
+    return folder && std::filesystem::is_directory(*folder, error) ? folder->string() : "";
+}
+
 const char* environment(const char* name)
 {
     const char* value = std::getenv(name);
@@ -87,7 +97,7 @@ std::optional<std::string> windowSystemPreference(PreferenceStore& defaults)
 } // namespace
 
 struct LinuxDesktop::State {
-    State(const LinuxDesktopStores& stores, JsonLinesTrace& trace)
+    State(const LinuxDesktopStores& stores, JsonLinesTrace& trace, const char* display)
         : stores(stores)
         , trace(trace)
         , log(trace)
@@ -98,6 +108,9 @@ struct LinuxDesktop::State {
         , timeEntryEditor(trace, log)
         , identity(desktopEntries, identifierTable(stores.standardUserDefaults))
         , alerts(log)
+        , globalShortcuts(runLoop, log, display)
+        , statusBar(
+              runLoop, log, [this] { return globalShortcuts.heldModifierFlags(); }, statusIconThemePath())
         , scriptingCommands(runLoop, log, vardel::ScriptingCommandServer::socketPath(std::getenv))
         , fileEventStreams(runLoop, fileEventSourceHooks())
     {
@@ -142,7 +155,8 @@ struct LinuxDesktop::State {
     std::unique_ptr<LinuxPowerManagement> powerManagement;
     std::unique_ptr<Accessibility> accessibility;
     UnattendedAlerts alerts;
-    HeadlessStatusBar statusBar;
+    X11GlobalShortcuts globalShortcuts;
+    StatusNotifierItem statusBar;
     SocketScriptingCommands scriptingCommands;
     std::map<int, PollRunLoop::SourceId> fileEventSources;
     InotifyFileEventStreams fileEventStreams;
@@ -202,7 +216,7 @@ struct LinuxDesktop::State {
 std::unique_ptr<LinuxDesktop> LinuxDesktop::open(
     const LinuxDesktopStores& stores, JsonLinesTrace& trace, const char* display)
 {
-    auto state = std::make_unique<State>(stores, trace);
+    auto state = std::make_unique<State>(stores, trace, display);
     auto choice = display
         ? WindowSystemChoice { WindowSystem::x11, std::string("the X display ") + display + " was asked for" }
         : WindowSystemChoice::choose(environment, windowSystemPreference(stores.standardUserDefaults));
@@ -277,6 +291,11 @@ ScriptingCommands& LinuxDesktop::scriptingCommands()
 FileEventStreams& LinuxDesktop::fileEventStreams()
 {
     return state_->fileEventStreams;
+}
+
+GlobalShortcuts& LinuxDesktop::globalShortcuts()
+{
+    return state_->globalShortcuts;
 }
 
 // The program has no bundle here: the folder of its executable stands in for it, without a

@@ -64,6 +64,7 @@ public:
     StatusBar& statusBar() override;
     ScriptingCommands& scriptingCommands() override;
     FileEventStreams& fileEventStreams() override;
+    GlobalShortcuts& globalShortcuts() override;
     CurrentProcess currentProcess() override;
     // From LANGUAGE, else LC_ALL, LC_MESSAGES or LANG.
     std::vector<std::string> preferredLanguages() override;

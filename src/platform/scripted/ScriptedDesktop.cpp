@@ -5,6 +5,7 @@
 #include "platform/scripted/ScriptedAccessibility.h"
 #include "platform/scripted/ScriptedAlerts.h"
 #include "platform/scripted/ScriptedFileEventStreams.h"
+#include "platform/scripted/ScriptedGlobalShortcuts.h"
 #include "platform/scripted/ScriptedPowerManagement.h"
 #include "platform/scripted/ScriptedProcessLauncher.h"
 #include "platform/scripted/ScriptedPropertyListFiles.h"
@@ -115,6 +116,7 @@ struct ScriptedDesktop::State {
     ScriptedAlerts alerts { world.alertAnswers, trace };
     ScriptedStatusBar statusBar { trace };
     ScriptedScriptingCommands scriptingCommands;
+    ScriptedGlobalShortcuts globalShortcuts;
     ScriptedFileEventStreams fileEventStreams { runLoop };
     double endSeconds;
 };
@@ -307,6 +309,10 @@ StatusBar& ScriptedDesktop::statusBar()
 ScriptingCommands& ScriptedDesktop::scriptingCommands()
 {
     return state_->scriptingCommands;
+}
+GlobalShortcuts& ScriptedDesktop::globalShortcuts()
+{
+    return state_->globalShortcuts;
 }
 std::optional<StatusItemAppearance> ScriptedDesktop::statusItemAppearance() const
 {

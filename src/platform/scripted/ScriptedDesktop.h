@@ -75,6 +75,7 @@ public:
     Alerts& alerts() override;
     StatusBar& statusBar() override;
     ScriptingCommands& scriptingCommands() override;
+    GlobalShortcuts& globalShortcuts() override;
     // How the status item looks now; none before the program installed it.
     std::optional<StatusItemAppearance> statusItemAppearance() const;
 

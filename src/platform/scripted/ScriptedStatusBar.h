@@ -21,6 +21,10 @@ public:
     void installStatusItem(const std::string& autosaveName, Menu&, MenuDelegate&) override;
     void updateStatusItem(const StatusItemAppearance&) override;
     uint64_t currentModifierFlags() override { return modifierFlags_; }
+    void observeAppearanceChanges(std::function<void()> observer) override
+    {
+        appearanceObserver_ = std::move(observer);
+    }
 
     // The keys held from now on.
     void holdKeys(const ModifierKeys&);
@@ -28,6 +32,12 @@ public:
     // hidden or disabled entry cannot be chosen; that is logged as a warning. Without a status
     // item nothing happens.
     void useMenu(const MenuInteraction&);
+    // The desktop's look changes, for tests: the observer hears of it.
+    void changeAppearance() const
+    {
+        if (appearanceObserver_)
+            appearanceObserver_();
+    }
 
     const std::optional<StatusItemAppearance>& appearance() const { return appearance_; }
 
@@ -40,6 +50,7 @@ private:
     MenuDelegate* delegate_ = nullptr;
     std::optional<StatusItemAppearance> appearance_;
     uint64_t modifierFlags_ = 0;
+    std::function<void()> appearanceObserver_;
 };
 
 } // namespace vardel::scripted
