@@ -8,6 +8,7 @@
 #include "platform/EventTrace.h"
 #include "platform/FileEventStream.h"
 #include "platform/Log.h"
+#include "platform/LoginItems.h"
 #include "platform/PowerManagement.h"
 #include "platform/PreferenceStore.h"
 #include "platform/ProcessLauncher.h"
@@ -57,6 +58,8 @@ public:
     virtual ScriptingCommands& scriptingCommands() = 0;
     virtual FileEventStreams& fileEventStreams() = 0;
     virtual CurrentProcess currentProcess() = 0;
+    // Whether the tracker starts at login, as this desktop registers it.
+    virtual LoginItems& loginItems() = 0;
     // The user's languages, most preferred first ("en", "de-CH").
     virtual std::vector<std::string> preferredLanguages() = 0;
 

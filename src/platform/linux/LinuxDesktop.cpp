@@ -22,6 +22,7 @@
 #include "platform/linux/X11Connection.h"
 #include "platform/linux/X11WindowServer.h"
 #include "platform/linux/X11Workspace.h"
+#include "platform/linux/XdgAutostartLoginItems.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -69,6 +70,14 @@ const char* environment(const char* name)
 {
     const char* value = std::getenv(name);
     return value && *value ? value : nullptr;
+}
+
+// Without a configuration folder to put an autostart entry in, the registration is only remembered.
+std::unique_ptr<LoginItems> makeLoginItems(const LinuxDesktopStores& stores, const std::string& executablePath)
+{
+    if (auto folder = XdgAutostartLoginItems::autostartFolder(std::getenv))
+        return std::make_unique<XdgAutostartLoginItems>(*folder, executablePath);
+    return std::make_unique<PreferenceLoginItems>(stores.productPreferences, "shouldStartAtLogin");
 }
 
 } // namespace
@@ -130,6 +139,7 @@ struct LinuxDesktop::State {
     SocketScriptingCommands scriptingCommands;
     std::map<int, PollRunLoop::SourceId> fileEventSources;
     InotifyFileEventStreams fileEventStreams;
+    std::unique_ptr<LoginItems> loginItems;
 
     void serveGlibEvents()
     {
@@ -159,7 +169,9 @@ std::unique_ptr<LinuxDesktop> LinuxDesktop::open(
         state->accessibility = std::make_unique<UnavailableAccessibility>();
     }
     state->serveGlibEvents();
-    return std::unique_ptr<LinuxDesktop>(new LinuxDesktop(std::move(state)));
+    auto desktop = std::unique_ptr<LinuxDesktop>(new LinuxDesktop(std::move(state)));
+    desktop->state_->loginItems = makeLoginItems(stores, desktop->currentProcess().executablePath);
+    return desktop;
 }
 
 LinuxDesktop::LinuxDesktop(std::unique_ptr<State> state)
@@ -225,6 +237,11 @@ CurrentProcess LinuxDesktop::currentProcess()
     bundle.bundleIdentifier = "info.quenby.VardelHelper";
     bundle.localizedName = "Vardel Tracker";
     return { static_cast<ProcessIdentifier>(::getpid()), executable.string(), std::move(bundle) };
+}
+
+LoginItems& LinuxDesktop::loginItems()
+{
+    return *state_->loginItems;
 }
 
 std::vector<std::string> LinuxDesktop::preferredLanguages()

@@ -63,6 +63,8 @@ public:
     ScriptingCommands& scriptingCommands() override;
     FileEventStreams& fileEventStreams() override;
     CurrentProcess currentProcess() override;
+    // An XDG autostart entry for this executable.
+    LoginItems& loginItems() override;
     // From LANGUAGE, else LC_ALL, LC_MESSAGES or LANG.
     std::vector<std::string> preferredLanguages() override;
 

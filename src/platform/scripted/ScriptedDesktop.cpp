@@ -113,6 +113,8 @@ struct ScriptedDesktop::State {
     ScriptedTimeEntryEditor timeEntryEditor { world.editorAnswers, trace };
     ScriptedRunningTaskSource runningTasks { world, clock.now(), trace };
     ScriptedAlerts alerts { world.alertAnswers, trace };
+    // The scripted desktop starts nothing at login: the registration is the product's preference.
+    PreferenceLoginItems loginItems { world.productPreferences, "shouldStartAtLogin" };
     ScriptedStatusBar statusBar { trace };
     ScriptedScriptingCommands scriptingCommands;
     ScriptedFileEventStreams fileEventStreams { runLoop };
@@ -281,6 +283,11 @@ CurrentProcess ScriptedDesktop::currentProcess()
     const BundleDescription& self = state_->world.self;
     return { self.pid, self.executablePath,
         ScriptedWorkspace::bundleAtPath(self.bundlePath, self.bundleIdentifier, std::nullopt, self.info) };
+}
+
+LoginItems& ScriptedDesktop::loginItems()
+{
+    return state_->loginItems;
 }
 
 bool ScriptedDesktop::databaseAvailable() const

@@ -69,6 +69,7 @@ public:
     RunningTaskSource& runningTasks() override;
     FileEventStreams& fileEventStreams() override;
     CurrentProcess currentProcess() override;
+    LoginItems& loginItems() override;
     // Whether the scenario lets the product's database exist.
     bool databaseAvailable() const;
     std::vector<std::string> preferredLanguages() override;
