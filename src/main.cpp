@@ -150,16 +150,6 @@ void stopOnTerminationSignals(vardel::linux_desktop::PollRunLoop& runLoop, int s
     });
 }
 
-// The relaunch script opens the bundle with the desktop's "open" command and uses bash's brace
-// expansion; neither is what /usr/bin/open and /bin/sh are on Linux, so relaunches stay off unless
-// the user switches them on.
-void suppressRelaunchesUnlessChosen(vardel::PreferenceStore& defaults)
-{
-    constexpr const char* key = "VDHelperAppDelegate_suppressAllAppRelaunches";
-    if (!defaults.object(key))
-        defaults.setObject(key, vardel::Value(true));
-}
-
 int runOnLinuxDesktop(const std::vector<std::string>& arguments)
 {
     int signalDescriptor = blockTerminationSignals();
@@ -181,7 +171,6 @@ int runOnLinuxDesktop(const std::vector<std::string>& arguments)
     }
     vardel::JsonFilePreferenceStore defaults(*configuration / "defaults.json", storeLog);
     vardel::JsonFilePreferenceStore preferences(*configuration / "preferences.json", storeLog);
-    suppressRelaunchesUnlessChosen(defaults);
     vardel::linux_desktop::MemoryDefaultsDomains domains(trace);
     std::unique_ptr<vardel::linux_desktop::LinuxDesktop> desktop;
     try {

@@ -60,6 +60,12 @@ public:
     virtual CurrentProcess currentProcess() = 0;
     // Whether the tracker starts at login, as this desktop registers it.
     virtual LoginItems& loginItems() = 0;
+    // The build installed now where this process was started from; compared with the main bundle's
+    // "CFBundleVersion" to tell an update.
+    virtual InstalledBuild installedBuild() = 0;
+    // The shell script (for /bin/sh -c) that, after the delay, ends the process and starts the
+    // installed program again.
+    virtual std::string relaunchScript(double delaySeconds, const CurrentProcess&) = 0;
     // The user's languages, most preferred first ("en", "de-CH").
     virtual std::vector<std::string> preferredLanguages() = 0;
 

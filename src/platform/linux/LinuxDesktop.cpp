@@ -1,5 +1,6 @@
 #include "platform/linux/LinuxDesktop.h"
 
+#include "platform/RelaunchScripts.h"
 #include "platform/linux/ApplicationIdentity.h"
 #include "platform/linux/AtspiAccessibility.h"
 #include "platform/linux/DesktopNotificationCenter.h"
@@ -29,6 +30,7 @@
 #include <glib.h>
 #include <map>
 #include <sstream>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace vardel::linux_desktop {
@@ -40,6 +42,8 @@ namespace {
 constexpr double glibServiceInterval = 0.5;
 constexpr int maxGlibDispatchesPerService = 1000;
 constexpr const char* identifierPreference = "LinuxDesktop_applicationIdentifiers";
+// Seconds the relaunch script waits instead of the delay the tracker asks for.
+constexpr const char* relaunchDelayPreference = "LinuxDesktop_relaunchDelay";
 
 ApplicationIdentifierTable identifierTable(PreferenceStore& defaults)
 {
@@ -70,6 +74,24 @@ const char* environment(const char* name)
 {
     const char* value = std::getenv(name);
     return value && *value ? value : nullptr;
+}
+
+// An executable has no build number here: the file's identity stands for its build, so that a
+// replaced executable (a new file, or new contents) is a new build and anything else in its folder
+// is not.
+std::optional<std::string> executableBuild(const std::string& path)
+{
+    struct stat file { };
+    if (::stat(path.c_str(), &file) != 0)
+        return std::nullopt;
+    return std::to_string(file.st_dev) + ":" + std::to_string(file.st_ino) + ":" + std::to_string(file.st_size) + ":"
+        + std::to_string(file.st_mtim.tv_sec) + "." + std::to_string(file.st_mtim.tv_nsec);
+}
+
+std::string ownExecutablePath()
+{
+    std::error_code error;
+    return std::filesystem::read_symlink("/proc/self/exe", error).string();
 }
 
 // Without a configuration folder to put an autostart entry in, the registration is only remembered.
@@ -140,6 +162,9 @@ struct LinuxDesktop::State {
     std::map<int, PollRunLoop::SourceId> fileEventSources;
     InotifyFileEventStreams fileEventStreams;
     std::unique_ptr<LoginItems> loginItems;
+    // As the process started: once the executable is replaced, /proc/self/exe names a deleted file.
+    std::string executablePath = ownExecutablePath();
+    std::optional<std::string> buildAtStart = executableBuild(executablePath);
 
     void serveGlibEvents()
     {
@@ -170,7 +195,7 @@ std::unique_ptr<LinuxDesktop> LinuxDesktop::open(
     }
     state->serveGlibEvents();
     auto desktop = std::unique_ptr<LinuxDesktop>(new LinuxDesktop(std::move(state)));
-    desktop->state_->loginItems = makeLoginItems(stores, desktop->currentProcess().executablePath);
+    desktop->state_->loginItems = makeLoginItems(stores, desktop->state_->executablePath);
     return desktop;
 }
 
@@ -227,16 +252,31 @@ FileEventStreams& LinuxDesktop::fileEventStreams()
 }
 
 // The program has no bundle here: the folder of its executable stands in for it, without a
-// resources folder of its own.
+// resources folder of its own, and the executable's identity for its build.
 CurrentProcess LinuxDesktop::currentProcess()
 {
-    std::error_code error;
-    std::filesystem::path executable = std::filesystem::read_symlink("/proc/self/exe", error);
+    std::filesystem::path executable = state_->executablePath;
     ApplicationBundle bundle;
     bundle.path = executable.parent_path().string();
     bundle.bundleIdentifier = "info.quenby.VardelHelper";
     bundle.localizedName = "Vardel Tracker";
+    if (state_->buildAtStart)
+        bundle.info.insert_or_assign("CFBundleVersion", Value(*state_->buildAtStart));
     return { static_cast<ProcessIdentifier>(::getpid()), executable.string(), std::move(bundle) };
+}
+
+InstalledBuild LinuxDesktop::installedBuild()
+{
+    return { executableBuild(state_->executablePath), state_->executablePath };
+}
+
+// Starts the executable installed at the process's path, after the delay the user defaults may set.
+std::string LinuxDesktop::relaunchScript(double delaySeconds, const CurrentProcess& process)
+{
+    auto delay = state_->stores.standardUserDefaults.object(relaunchDelayPreference);
+    if (delay && delay->asNumber())
+        delaySeconds = *delay->asNumber();
+    return RelaunchScripts::startingExecutable(delaySeconds, process.processIdentifier, process.executablePath);
 }
 
 LoginItems& LinuxDesktop::loginItems()

@@ -1,5 +1,6 @@
 #include "platform/scripted/ScriptedDesktop.h"
 
+#include "platform/RelaunchScripts.h"
 #include "platform/scripted/DesktopWorld.h"
 #include "platform/scripted/ScenarioReader.h"
 #include "platform/scripted/ScriptedAccessibility.h"
@@ -288,6 +289,27 @@ CurrentProcess ScriptedDesktop::currentProcess()
 LoginItems& ScriptedDesktop::loginItems()
 {
     return state_->loginItems;
+}
+
+// The build is the bundle's information file as it is now.
+InstalledBuild ScriptedDesktop::installedBuild()
+{
+    std::string folder = state_->world.self.bundlePath;
+    if (!folder.ends_with('/'))
+        folder += '/';
+    std::string infoPath = folder + "Contents/Info.plist";
+    auto contents = state_->propertyListFiles.read(infoPath);
+    const Value::Dictionary* info = contents ? contents->asDictionary() : nullptr;
+    std::optional<std::string> version;
+    if (auto found = info ? info->find("CFBundleVersion") : Value::Dictionary::const_iterator {};
+        info && found != info->end() && found->second.asText())
+        version = *found->second.asText();
+    return { version, infoPath };
+}
+
+std::string ScriptedDesktop::relaunchScript(double delaySeconds, const CurrentProcess& process)
+{
+    return RelaunchScripts::reopeningBundle(delaySeconds, process.processIdentifier, process.mainBundle.path);
 }
 
 bool ScriptedDesktop::databaseAvailable() const

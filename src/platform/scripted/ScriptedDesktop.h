@@ -70,6 +70,10 @@ public:
     FileEventStreams& fileEventStreams() override;
     CurrentProcess currentProcess() override;
     LoginItems& loginItems() override;
+    // The bundle's Contents/Info.plist, read now.
+    InstalledBuild installedBuild() override;
+    // Opens the bundle again.
+    std::string relaunchScript(double delaySeconds, const CurrentProcess&) override;
     // Whether the scenario lets the product's database exist.
     bool databaseAvailable() const;
     std::vector<std::string> preferredLanguages() override;
