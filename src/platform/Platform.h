@@ -5,6 +5,7 @@
 #include "platform/AnalyticsSink.h"
 #include "platform/Clock.h"
 #include "platform/CurrentProcess.h"
+#include "platform/DesktopTexts.h"
 #include "platform/EventTrace.h"
 #include "platform/FileEventStream.h"
 #include "platform/Log.h"
@@ -66,6 +67,7 @@ public:
     // The shell script (for /bin/sh -c) that, after the delay, ends the process and starts the
     // installed program again.
     virtual std::string relaunchScript(double delaySeconds, const CurrentProcess&) = 0;
+    virtual DesktopTexts desktopTexts() = 0;
     // The user's languages, most preferred first ("en", "de-CH").
     virtual std::vector<std::string> preferredLanguages() = 0;
 

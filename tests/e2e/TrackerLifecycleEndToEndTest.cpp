@@ -172,6 +172,23 @@ TEST_F(TrackerLifecycleEndToEndTest, ReplacedExecutableIsRelaunchedAfterTheOldOn
     waitForTrace([](const Trace& trace) { return lastEvent(trace, "sample") && !lastEvent(trace, "exit"); });
 }
 
+// The system line of the assertion dump names the distribution and the kernel.
+TEST_F(TrackerLifecycleEndToEndTest, DumpNamesTheDistributionAndKernel)
+{
+    ::setenv("VARDEL_DATA_DIR", (folder_ / "data").c_str(), 1);
+    ::unsetenv("VARDEL_TRACE");
+    std::string dump = desktop().run(VARDEL_TRACKER_PATH, { "--dumpPMAssertions" });
+    std::ifstream osRelease("/etc/os-release");
+    std::string prettyName;
+    for (std::string line; std::getline(osRelease, line);) {
+        if (line.starts_with("PRETTY_NAME="))
+            prettyName = line.substr(line.find('"') + 1, line.rfind('"') - line.find('"') - 1);
+    }
+    ASSERT_FALSE(prettyName.empty());
+    EXPECT_NE(dump.find("\nLinux Distribution: " + prettyName + ", Kernel: Linux "), std::string::npos) << dump;
+    EXPECT_EQ(dump.find("macOS"), std::string::npos) << dump;
+}
+
 } // namespace
 
 } // namespace vardel::testing

@@ -9,6 +9,7 @@
 #include "platform/linux/JsonPropertyListFiles.h"
 #include "platform/linux/LogindPowerManagement.h"
 #include "platform/linux/NoRunningTaskSource.h"
+#include "platform/linux/OsRelease.h"
 #include "platform/linux/PollRunLoop.h"
 #include "platform/linux/ProcessStandardStreams.h"
 #include "platform/linux/ScriptingCommandServer.h"
@@ -268,6 +269,20 @@ CurrentProcess LinuxDesktop::currentProcess()
 InstalledBuild LinuxDesktop::installedBuild()
 {
     return { executableBuild(state_->executablePath), state_->executablePath };
+}
+
+// Asked only when there is no accessibility bus to read other applications through.
+DesktopTexts LinuxDesktop::desktopTexts()
+{
+    return { { "To track your work fully, Vardel needs the desktop's accessibility bus (AT-SPI), which is not "
+               "running.",
+                 "With it, the tracker reads the title, the document and the web page address of the window you "
+                 "work in; without it, it records only the application and its window title. Desktops start the "
+                 "bus when accessibility is switched on, for example with \"gsettings set "
+                 "org.gnome.desktop.interface toolkit-accessibility true\" or in their accessibility settings; "
+                 "log in again afterwards.",
+                 { "OK" }, "" },
+        OsRelease::systemLine() };
 }
 
 // Starts the executable installed at the process's path, after the delay the user defaults may set.

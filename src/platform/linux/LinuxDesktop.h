@@ -70,6 +70,8 @@ public:
     // Starts the executable again; the standard user default LinuxDesktop_relaunchDelay, when a
     // number, replaces the delay.
     std::string relaunchScript(double delaySeconds, const CurrentProcess&) override;
+    // The accessibility question names the AT-SPI bus; the system line the distribution and kernel.
+    DesktopTexts desktopTexts() override;
     // From LANGUAGE, else LC_ALL, LC_MESSAGES or LANG.
     std::vector<std::string> preferredLanguages() override;
 

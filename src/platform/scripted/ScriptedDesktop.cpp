@@ -1,5 +1,6 @@
 #include "platform/scripted/ScriptedDesktop.h"
 
+#include "platform/OperatingSystem.h"
 #include "platform/RelaunchScripts.h"
 #include "platform/scripted/DesktopWorld.h"
 #include "platform/scripted/ScenarioReader.h"
@@ -305,6 +306,15 @@ InstalledBuild ScriptedDesktop::installedBuild()
         info && found != info->end() && found->second.asText())
         version = *found->second.asText();
     return { version, infoPath };
+}
+
+DesktopTexts ScriptedDesktop::desktopTexts()
+{
+    return { { "To track your work, Vardel needs permission to use your Mac’s Accessibility features.",
+                 "Would you like to launch System Settings so that you can enable \"Vardel Tracker\" in the "
+                 "Accessibility list?",
+                 { "Open System Settings", "Continue Anyway" }, "settings:privacy/accessibility" },
+        "macOS Version: " + OperatingSystem::versionString() };
 }
 
 std::string ScriptedDesktop::relaunchScript(double delaySeconds, const CurrentProcess& process)
