@@ -14,19 +14,19 @@ namespace {
 std::string unquoted(std::string_view value)
 {
     std::string text;
-    char quote = 0;
+    char quote = '\0';
     for (size_t index = 0; index < value.size(); ++index) {
         char character = value[index];
         if (quote == '\'') {
             if (character == '\'')
-                quote = 0;
+                quote = '\0';
             else
                 text += character;
         } else if (character == '\\' && index + 1 < value.size()
-            && (quote == 0 || std::string_view("\\\"$`").find(value[index + 1]) != std::string_view::npos)) {
+            && (quote == '\0' || std::string_view("\\\"$`").find(value[index + 1]) != std::string_view::npos)) {
             text += value[++index];
-        } else if (character == '"' || (character == '\'' && quote == 0)) {
-            quote = quote == character ? 0 : character;
+        } else if (character == '"' || (character == '\'' && quote == '\0')) {
+            quote = quote == character ? '\0' : character;
         } else {
             text += character;
         }
