@@ -1,6 +1,7 @@
-// The installed tracker's life on a real, headless X11 desktop: relaunching into a replaced
-// executable.
+// The tracker's life on a real, headless X11 desktop: the question at start-up shown as a real
+// dialog and answered by the user, launch at login, relaunching into a replaced executable.
 
+#include "support/AtspiWindows.h"
 #include "support/HeadlessDesktop.h"
 #include "support/WaitUntil.h"
 
@@ -170,6 +171,33 @@ TEST_F(TrackerLifecycleEndToEndTest, ReplacedExecutableIsRelaunchedAfterTheOldOn
     foreign_ = relaunched;
     EXPECT_EQ(relaunched.size(), 1u);
     waitForTrace([](const Trace& trace) { return lastEvent(trace, "sample") && !lastEvent(trace, "exit"); });
+}
+
+// After the first-run guide the tracker asks whether to launch at login; the user ticks "do not ask
+// again" and accepts: the autostart entry starts this tracker, the answer is kept, and sampling
+// goes on.
+TEST_F(TrackerLifecycleEndToEndTest, LaunchAtLoginQuestionIsADialogThatWritesTheAutostartEntry)
+{
+    std::filesystem::create_directories(folder_ / "config/vardel");
+    std::ofstream(folder_ / "config/vardel/preferences.json") << R"({"onboardingHasCompleted": true})";
+    start(VARDEL_TRACKER_PATH, trackerEnvironment());
+
+    atspi::connect();
+    auto box = atspi::waitForElement("vardel-dialog", ATSPI_ROLE_CHECK_BOX, "Do not show this message again");
+    auto accept = atspi::waitForElement("vardel-dialog", ATSPI_ROLE_PUSH_BUTTON, "Launch at Login");
+    ASSERT_TRUE(box && accept);
+    EXPECT_TRUE(atspi::waitForElement("vardel-dialog", ATSPI_ROLE_PUSH_BUTTON, "Don't start automatically"));
+    EXPECT_TRUE(atspi::press(box.get()));
+    EXPECT_TRUE(atspi::press(accept.get()));
+
+    auto entry = folder_ / "config/autostart/vardel-tracker.desktop";
+    ASSERT_TRUE(waitUntil([&] { return std::filesystem::exists(entry); }, 20s));
+    std::ifstream entryFile(entry);
+    std::string entryText((std::istreambuf_iterator<char>(entryFile)), std::istreambuf_iterator<char>());
+    EXPECT_NE(entryText.find("\nExec=" + std::string(VARDEL_TRACKER_PATH) + "\n"), std::string::npos) << entryText;
+    waitForTrace([](const Trace& trace) { return lastEvent(trace, "sample").has_value(); });
+    auto defaults = nlohmann::json::parse(std::ifstream(folder_ / "config/vardel/defaults.json"));
+    EXPECT_EQ(defaults["dontAskToLaunchAtLogin"], true);
 }
 
 // The system line of the assertion dump names the distribution and the kernel.

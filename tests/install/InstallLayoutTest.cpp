@@ -53,9 +53,10 @@ protected:
 
 TEST_F(InstallLayoutTest, FilesLandInTheUsualPlaces)
 {
-    for (const char* file : { "bin/vardel-tracker", "bin/vardel", "share/vardel-tracker/application-identifiers.json",
-             "share/applications/vardel-tracker.desktop", "share/icons/hicolor/scalable/apps/vardel-tracker.svg",
-             "share/vardel-tracker/autostart/vardel-tracker.desktop", "lib/systemd/user/vardel-tracker.service" })
+    for (const char* file :
+        { "bin/vardel-tracker", "bin/vardel", "bin/vardel-dialog", "share/vardel-tracker/application-identifiers.json",
+            "share/applications/vardel-tracker.desktop", "share/icons/hicolor/scalable/apps/vardel-tracker.svg",
+            "share/vardel-tracker/autostart/vardel-tracker.desktop", "lib/systemd/user/vardel-tracker.service" })
         EXPECT_TRUE(std::filesystem::is_regular_file(prefix / file)) << file;
     EXPECT_EQ(std::filesystem::status(tracker).permissions() & std::filesystem::perms::owner_exec,
         std::filesystem::perms::owner_exec);

@@ -4,6 +4,9 @@
 #include "platform/linux/ApplicationIdentity.h"
 #include "platform/linux/AtspiAccessibility.h"
 #include "platform/linux/DesktopNotificationCenter.h"
+#include "platform/linux/DialogAlerts.h"
+#include "platform/linux/DialogProcess.h"
+#include "platform/linux/DialogTimeEntryEditor.h"
 #include "platform/linux/HeadlessStatusBar.h"
 #include "platform/linux/InotifyFileEventStreams.h"
 #include "platform/linux/JsonPropertyListFiles.h"
@@ -18,8 +21,6 @@
 #include "platform/linux/StandardErrorLog.h"
 #include "platform/linux/SystemClock.h"
 #include "platform/linux/TraceAnalyticsSink.h"
-#include "platform/linux/TracedTimeEntryEditor.h"
-#include "platform/linux/UnattendedAlerts.h"
 #include "platform/linux/UnavailableAccessibility.h"
 #include "platform/linux/X11Connection.h"
 #include "platform/linux/X11WindowServer.h"
@@ -114,12 +115,12 @@ struct LinuxDesktop::State {
         , launcher(trace)
         , standardStreams(trace)
         , notifications(trace, log)
-        , timeEntryEditor(trace, log)
+        , timeEntryEditor(dialogProgram, runLoop, trace, log)
         , x11(std::move(connection))
         , windowServer(*x11)
         , identity(desktopEntries, identifierTable(stores.standardUserDefaults))
         , workspace(*x11, identity, launcher, trace)
-        , alerts(log)
+        , alerts(dialogProgram, log)
         , scriptingCommands(runLoop, log, vardel::ScriptingCommandServer::socketPath(std::getenv))
         , fileEventStreams(runLoop, fileEventSourceHooks())
     {
@@ -140,6 +141,10 @@ struct LinuxDesktop::State {
 
     LinuxDesktopStores stores;
     JsonLinesTrace& trace;
+    // As the process started: once the executable is replaced, /proc/self/exe names a deleted file.
+    std::string executablePath = ownExecutablePath();
+    std::optional<std::string> buildAtStart = executableBuild(executablePath);
+    std::optional<std::string> dialogProgram = DialogProcess::programBeside(executablePath);
     SystemClock clock;
     PollRunLoop runLoop;
     StandardErrorLog log;
@@ -149,7 +154,7 @@ struct LinuxDesktop::State {
     JsonPropertyListFiles propertyListFiles;
     LogindPowerManagement powerManagement;
     DesktopNotificationCenter notifications;
-    TracedTimeEntryEditor timeEntryEditor;
+    DialogTimeEntryEditor timeEntryEditor;
     NoRunningTaskSource runningTasks;
     std::unique_ptr<X11Connection> x11;
     X11WindowServer windowServer;
@@ -157,15 +162,12 @@ struct LinuxDesktop::State {
     ApplicationIdentity identity;
     X11Workspace workspace;
     std::unique_ptr<Accessibility> accessibility;
-    UnattendedAlerts alerts;
+    DialogAlerts alerts;
     HeadlessStatusBar statusBar;
     SocketScriptingCommands scriptingCommands;
     std::map<int, PollRunLoop::SourceId> fileEventSources;
     InotifyFileEventStreams fileEventStreams;
     std::unique_ptr<LoginItems> loginItems;
-    // As the process started: once the executable is replaced, /proc/self/exe names a deleted file.
-    std::string executablePath = ownExecutablePath();
-    std::optional<std::string> buildAtStart = executableBuild(executablePath);
 
     void serveGlibEvents()
     {
