@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <csignal>
@@ -198,6 +199,37 @@ TEST_F(TrackerLifecycleEndToEndTest, LaunchAtLoginQuestionIsADialogThatWritesThe
     waitForTrace([](const Trace& trace) { return lastEvent(trace, "sample").has_value(); });
     auto defaults = nlohmann::json::parse(std::ifstream(folder_ / "config/vardel/defaults.json"));
     EXPECT_EQ(defaults["dontAskToLaunchAtLogin"], true);
+}
+
+// Under the user unit (INVOCATION_ID set by systemd), the start after a crash is the crash
+// recovery; a start after a run that ended by itself is not.
+TEST_F(TrackerLifecycleEndToEndTest, StartUnderTheUnitAfterACrashIsTheCrashRecovery)
+{
+    auto environment = trackerEnvironment();
+    environment.emplace("INVOCATION_ID", "0123456789abcdef0123456789abcdef");
+    auto recoveries = [](const Trace& trace) {
+        return std::count_if(trace.begin(), trace.end(), [](const auto& event) {
+            return event["event"] == "analytics"
+                && event["name"] == "VDHelperAppDelegate.awakeFromNib.fromCrashRecovery";
+        });
+    };
+
+    pid_t tracker = start(VARDEL_TRACKER_PATH, environment);
+    waitForTrace([](const Trace& trace) { return lastEvent(trace, "sample").has_value(); });
+    desktop().stop(tracker);
+    std::erase(started_, tracker);
+    // Each run's trace starts empty, so that its first sample is its own.
+    std::filesystem::remove(tracePath());
+    tracker = start(VARDEL_TRACKER_PATH, environment);
+    auto afterCleanEnd = waitForTrace([](const Trace& trace) { return lastEvent(trace, "sample").has_value(); });
+    EXPECT_EQ(recoveries(afterCleanEnd), 0);
+
+    ::kill(tracker, SIGKILL);
+    desktop().stop(tracker);
+    std::erase(started_, tracker);
+    std::filesystem::remove(tracePath());
+    start(VARDEL_TRACKER_PATH, environment);
+    waitForTrace([&](const Trace& trace) { return recoveries(trace) == 1; });
 }
 
 // The system line of the assertion dump names the distribution and the kernel.
