@@ -1,7 +1,7 @@
 // The tracker on a real, headless X11 desktop with real applications: what its trace records while
 // each is frontmost.
 
-#include "support/HeadlessDesktop.h"
+#include "e2e/SharedDesktop.h"
 #include "support/TemporaryFolder.h"
 #include "support/WaitUntil.h"
 
@@ -101,10 +101,9 @@ std::string readText(const std::filesystem::path& path)
     return text.str();
 }
 
-// One desktop and one page server for the whole suite: making a desktop takes seconds, and no test
-// needs a fresh one as long as each stops what it started.
+// The page server for these tests, on the suite's desktop.
 struct SuiteDesktop {
-    HeadlessDesktop desktop;
+    HeadlessDesktop& desktop = sharedDesktop();
     TemporaryFolder site;
     int port = freePort();
     std::string pageUrl = "http://127.0.0.1:" + std::to_string(port) + "/page.html";

@@ -1,8 +1,8 @@
 // The tracker's life on a real, headless X11 desktop: the question at start-up shown as a real
 // dialog and answered by the user, launch at login, relaunching into a replaced executable.
 
+#include "e2e/SharedDesktop.h"
 #include "support/AtspiWindows.h"
-#include "support/HeadlessDesktop.h"
 #include "support/WaitUntil.h"
 
 #include <gtest/gtest.h>
@@ -63,12 +63,9 @@ std::vector<pid_t> processesOf(const std::filesystem::path& executable)
 
 class TrackerLifecycleEndToEndTest : public ::testing::Test {
 protected:
-    static void TearDownTestSuite() { desktop_.reset(); }
-
     void SetUp() override
     {
-        if (!desktop_)
-            desktop_ = std::make_unique<HeadlessDesktop>();
+        desktop_ = &sharedDesktop();
         folder_ = desktop().scratchFolder() / ::testing::UnitTest::GetInstance()->current_test_info()->name();
         std::filesystem::create_directories(folder_);
     }
@@ -124,13 +121,11 @@ protected:
         return trace;
     }
 
-    static std::unique_ptr<HeadlessDesktop> desktop_;
+    HeadlessDesktop* desktop_ = nullptr;
     std::filesystem::path folder_;
     std::vector<pid_t> started_;
     std::vector<pid_t> foreign_;
 };
-
-std::unique_ptr<HeadlessDesktop> TrackerLifecycleEndToEndTest::desktop_;
 
 // The update replaces the file the way package managers do (a new file renamed over the old one);
 // the tracker notices, stores what it holds when the relaunch script ends it, and the script starts
