@@ -51,6 +51,13 @@ public:
     FileEventStreams& fileEventStreams() override { return desktop_.fileEventStreams(); }
     GlobalShortcuts& globalShortcuts() override { return desktop_.globalShortcuts(); }
     CurrentProcess currentProcess() override { return desktop_.currentProcess(); }
+    LoginItems& loginItems() override { return desktop_.loginItems(); }
+    InstalledBuild installedBuild() override { return desktop_.installedBuild(); }
+    std::string relaunchScript(double delaySeconds, const CurrentProcess& process) override
+    {
+        return desktop_.relaunchScript(delaySeconds, process);
+    }
+    DesktopTexts desktopTexts() override { return desktop_.desktopTexts(); }
     std::vector<std::string> preferredLanguages() override { return desktop_.preferredLanguages(); }
 
 private:
@@ -69,8 +76,9 @@ void linuxCallDetectorSample(benchmark::State& state)
         pid_t application = audio.startClient({ "/bin/sh", "-c",
             "while ! paplay --raw --device=speaker /dev/zero; do sleep 0.2; done & "
             "while ! parecord --raw --device=microphone /dev/null; do sleep 0.2; done & wait" });
-        applications.push_back({ { "pid", application }, { "bundleIdentifier", "com.example.Call" + std::to_string(index) },
-            { "localizedName", "Call " + std::to_string(index) } });
+        applications.push_back(
+            { { "pid", application }, { "bundleIdentifier", "com.example.Call" + std::to_string(index) },
+                { "localizedName", "Call " + std::to_string(index) } });
     }
     auto desktop = scripted::ScriptedDesktop::fromJson(
         nlohmann::json { { "applications", applications }, { "end", 1e9 } }.dump());
@@ -83,7 +91,8 @@ void linuxCallDetectorSample(benchmark::State& state)
     if (!testing::waitUntil(streamsRunning, std::chrono::seconds(20))) {
         size_t seen = platform.linuxPowerManagement().copyAssertionsByProcess().assertions->size();
         Platform::install(nullptr);
-        return state.SkipWithError(("only " + std::to_string(seen) + " of the audio clients' streams appeared").c_str());
+        return state.SkipWithError(
+            ("only " + std::to_string(seen) + " of the audio clients' streams appeared").c_str());
     }
     auto& detector = RunningCallDetector::sharedInstance();
     // Virtual time moves a millisecond per sample, so that a long run never makes the streams look

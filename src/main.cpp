@@ -18,6 +18,7 @@
 #include "platform/linux/LinuxDesktop.h"
 #include "platform/linux/MemoryPreferenceStore.h"
 #include "platform/linux/PollRunLoop.h"
+#include "platform/linux/RunMarker.h"
 #include "platform/linux/StandardErrorLog.h"
 #endif
 
@@ -150,14 +151,23 @@ void stopOnTerminationSignals(vardel::linux_desktop::PollRunLoop& runLoop, int s
     });
 }
 
-// The relaunch script opens the bundle with the desktop's "open" command and uses bash's brace
-// expansion; neither is what /usr/bin/open and /bin/sh are on Linux, so relaunches stay off unless
-// the user switches them on.
-void suppressRelaunchesUnlessChosen(vardel::PreferenceStore& defaults)
+// Under a systemd user unit (INVOCATION_ID is set) the unit's Restart=on-failure starts the tracker
+// again after a crash; the mark the crashed run left makes that start the crash recovery. A dump
+// neither reads nor leaves a mark.
+std::optional<vardel::linux_desktop::RunMarker> markRun(const std::vector<std::string>& arguments)
 {
-    constexpr const char* key = "VDHelperAppDelegate_suppressAllAppRelaunches";
-    if (!defaults.object(key))
-        defaults.setObject(key, vardel::Value(true));
+    auto path = vardel::linux_desktop::RunMarker::defaultPath(std::getenv);
+    if (!path || (arguments.size() > 1 && arguments[1].starts_with("--dump")))
+        return std::nullopt;
+    return std::optional<vardel::linux_desktop::RunMarker>(std::in_place, *path);
+}
+
+std::vector<std::string> startArguments(
+    std::vector<std::string> arguments, const std::optional<vardel::linux_desktop::RunMarker>& marker)
+{
+    if (marker && marker->previousRunCrashed() && environment("INVOCATION_ID") && arguments.size() == 1)
+        arguments.emplace_back("--fromCrashRecovery");
+    return arguments;
 }
 
 int runOnLinuxDesktop(const std::vector<std::string>& arguments)
@@ -181,7 +191,6 @@ int runOnLinuxDesktop(const std::vector<std::string>& arguments)
     }
     vardel::JsonFilePreferenceStore defaults(*configuration / "defaults.json", storeLog);
     vardel::JsonFilePreferenceStore preferences(*configuration / "preferences.json", storeLog);
-    suppressRelaunchesUnlessChosen(defaults);
     vardel::linux_desktop::MemoryDefaultsDomains domains(trace);
     std::unique_ptr<vardel::linux_desktop::LinuxDesktop> desktop;
     try {
@@ -195,7 +204,8 @@ int runOnLinuxDesktop(const std::vector<std::string>& arguments)
     vardel::Platform::install(desktop.get());
     restrictToOwner(*configuration);
     configureProductStores(true);
-    int status = runTracker(*desktop, arguments);
+    auto marker = markRun(arguments);
+    int status = runTracker(*desktop, startArguments(arguments, marker));
     finish(*desktop, status, desktop->stopReason());
     return status;
 }

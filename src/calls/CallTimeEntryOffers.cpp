@@ -2,7 +2,6 @@
 
 #include "calls/PowerManagementAssertions.h"
 #include "calls/RunningCallDetector.h"
-#include "platform/OperatingSystem.h"
 #include "platform/Platform.h"
 #include "platform/ValueJson.h"
 #include "product/AnalyticsWrapper.h"
@@ -242,7 +241,7 @@ void CallTimeEntryOffers::reportFalsePositive(const Value::Dictionary& userInfo)
     auto call = decodedCall(userInfo);
     auto key = userInfoText(userInfo, "bundleIdentifier");
     std::vector<std::string> lines = { "Dump created at: " + ValueJson::formatIso8601(platform().clock().now()),
-        "macOS Version: " + OperatingSystem::versionString() };
+        platform().desktopTexts().systemLine };
     PowerManagementAssertions snapshot([&lines](const std::string& line) { lines.push_back(line); });
     std::string dump;
     for (const std::string& line : lines)

@@ -2,7 +2,6 @@
 
 #include "calls/PowerManagementAssertions.h"
 #include "calls/RunningCallDetector.h"
-#include "platform/OperatingSystem.h"
 #include "platform/Platform.h"
 #include "platform/ValueJson.h"
 
@@ -50,7 +49,7 @@ std::string describe(const std::vector<ApplicationAndMetadata>& candidates)
 void PowerManagementDumper::dumpPowerManagementAssertions()
 {
     printLine("Dump created at: " + ValueJson::formatIso8601(platform().clock().now()));
-    printLine("macOS Version: " + OperatingSystem::versionString());
+    printLine(platform().desktopTexts().systemLine);
     PowerManagementAssertions snapshot(printLine);
     // No sampled activity: the dump shows what the assertions alone imply.
     auto candidates = RunningCallDetector::sharedInstance().assertionBasedCandidates(snapshot, nullptr);

@@ -3,6 +3,7 @@
 #include "platform/Accessibility.h"
 #include "platform/Workspace.h"
 
+#include <optional>
 #include <string>
 
 namespace vardel {
@@ -13,6 +14,14 @@ struct CurrentProcess {
     ProcessIdentifier processIdentifier = 0;
     std::string executablePath;
     ApplicationBundle mainBundle;
+};
+
+// The build now installed where the process was started from, as the platform reads it.
+struct InstalledBuild {
+    // Nothing when it cannot be read.
+    std::optional<std::string> version;
+    // What was read for it.
+    std::string source;
 };
 
 } // namespace vardel

@@ -5,10 +5,12 @@
 #include "platform/AnalyticsSink.h"
 #include "platform/Clock.h"
 #include "platform/CurrentProcess.h"
+#include "platform/DesktopTexts.h"
 #include "platform/EventTrace.h"
 #include "platform/FileEventStream.h"
 #include "platform/GlobalShortcuts.h"
 #include "platform/Log.h"
+#include "platform/LoginItems.h"
 #include "platform/PowerManagement.h"
 #include "platform/PreferenceStore.h"
 #include "platform/ProcessLauncher.h"
@@ -59,6 +61,15 @@ public:
     virtual FileEventStreams& fileEventStreams() = 0;
     virtual GlobalShortcuts& globalShortcuts() = 0;
     virtual CurrentProcess currentProcess() = 0;
+    // Whether the tracker starts at login, as this desktop registers it.
+    virtual LoginItems& loginItems() = 0;
+    // The build installed now where this process was started from; compared with the main bundle's
+    // "CFBundleVersion" to tell an update.
+    virtual InstalledBuild installedBuild() = 0;
+    // The shell script (for /bin/sh -c) that, after the delay, ends the process and starts the
+    // installed program again.
+    virtual std::string relaunchScript(double delaySeconds, const CurrentProcess&) = 0;
+    virtual DesktopTexts desktopTexts() = 0;
     // The user's languages, most preferred first ("en", "de-CH").
     virtual std::vector<std::string> preferredLanguages() = 0;
 

@@ -1,9 +1,8 @@
 #include "product/DatabaseWrapper.h"
 
-#include "product/DamagedStores.h"
-
 #include "platform/Platform.h"
 #include "platform/ProcessWide.h"
+#include "product/DamagedStores.h"
 #include "product/DatabaseBackups.h"
 #include "product/IntegrationsPostSyncUpdater.h"
 

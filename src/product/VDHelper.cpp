@@ -9,9 +9,10 @@ bool VDHelper::accessibilityAvailable()
     return platform().accessibility().isProcessTrusted();
 }
 
-void VDHelper::openAccessibilityPreferencePane()
+void VDHelper::openAccessibilityPreferencePane(const std::string& settingsURL)
 {
-    platform().workspace().openURL(accessibilitySettingsURL);
+    if (!settingsURL.empty())
+        platform().workspace().openURL(settingsURL);
 }
 
 } // namespace vardel

@@ -4,18 +4,15 @@
 
 namespace vardel {
 
-namespace {
-constexpr const char* preferenceKey = "shouldStartAtLogin";
-}
-
 bool VDStartupManager::shouldStartAtLogin()
 {
-    return platform().productPreferences().getBool(preferenceKey).value_or(false);
+    return platform().loginItems().startsAtLogin();
 }
 
 void VDStartupManager::setShouldStartAtLogin(bool start)
 {
-    platform().productPreferences().setObject(preferenceKey, Value(start));
+    if (auto error = platform().loginItems().setStartsAtLogin(start))
+        platform().log().warning("Launch at login not changed: " + *error);
 }
 
 } // namespace vardel

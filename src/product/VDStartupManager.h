@@ -2,7 +2,8 @@
 
 namespace vardel {
 
-// Whether the tracker is registered to start when the user logs in.
+// Whether the tracker is registered to start when the user logs in; the desktop keeps the
+// registration.
 class VDStartupManager {
 public:
     static bool shouldStartAtLogin();

@@ -3,8 +3,6 @@
 #include "platform/Platform.h"
 #include "product/AnalyticsWrapper.h"
 
-#include <cmath>
-
 namespace vardel {
 
 namespace {
@@ -14,8 +12,6 @@ constexpr const char* suppressUpdateAppRelaunchesKey = "VDHelperAppDelegate_supp
 constexpr const char* lastSelfRelaunchAtKey = "lastSelfRelaunchAt";
 constexpr double checkDelayAfterEventSeconds = 5;
 constexpr double relaunchDelayAfterUpdateSeconds = 60;
-// Longer than any sensible wait, and small enough for every shell's arithmetic.
-constexpr double longestDelaySeconds = 1e9;
 
 void logCriticalEvent(std::string name, Value::Dictionary attributes)
 {
@@ -40,40 +36,6 @@ std::optional<std::string> bundleVersion(const Value::Dictionary& info)
     return *found->second.asText();
 }
 
-std::optional<std::string> bundleVersionInFile(const std::string& path)
-{
-    auto contents = platform().propertyListFiles().read(path);
-    const Value::Dictionary* info = contents ? contents->asDictionary() : nullptr;
-    return info ? bundleVersion(*info) : std::nullopt;
-}
-
-std::string joinedPath(std::string folder, std::string_view component)
-{
-    if (!folder.ends_with('/'))
-        folder += '/';
-    return folder + std::string(component);
-}
-
-// Inside double quotes the shell still expands $ and `, and gives \ and " their meaning; a backslash
-// before each makes it literal. Everything else, newlines included, stands for itself there.
-std::string escapedForDoubleQuotes(std::string_view text)
-{
-    std::string escaped;
-    for (char character : text) {
-        if (character == '\\' || character == '"' || character == '$' || character == '`')
-            escaped += '\\';
-        escaped += character;
-    }
-    return escaped;
-}
-
-int64_t wholeSeconds(double delay)
-{
-    if (!(delay > 0))
-        return 0;
-    return static_cast<int64_t>(std::trunc(std::min(delay, longestDelaySeconds)));
-}
-
 size_t runningApplicationCount(const std::optional<std::string>& bundleIdentifier)
 {
     size_t count = 0;
@@ -94,17 +56,6 @@ SelfRelauncher::SelfRelauncher(
 {
 }
 
-std::string SelfRelauncher::relaunchScript(
-    double delay, ProcessIdentifier processIdentifier, std::string_view bundlePath)
-{
-    std::string seconds = std::to_string(wholeSeconds(delay));
-    std::string pid = std::to_string(processIdentifier);
-    return "/bin/sleep " + seconds + "; /bin/kill -0 " + pid + " >&/dev/null && /bin/kill " + pid + "; (for i in {1.."
-        + seconds + "}; do /bin/sleep 1; /bin/kill -0 " + pid + " >&/dev/null || break; done; /bin/kill -0 " + pid
-        + " >&/dev/null && /bin/kill -9 " + pid + " && /bin/sleep " + seconds + "; /usr/bin/open \""
-        + escapedForDoubleQuotes(bundlePath) + "\") &";
-}
-
 void SelfRelauncher::relaunchWithDelay(double delay, Value::Dictionary attributes)
 {
     if (preference(suppressAllAppRelaunchesKey)) {
@@ -116,7 +67,7 @@ void SelfRelauncher::relaunchWithDelay(double delay, Value::Dictionary attribute
     platform().standardUserDefaults().setObject(lastSelfRelaunchAtKey, Value(platform().clock().now()));
 
     CurrentProcess process = platform().currentProcess();
-    std::string script = relaunchScript(delay, process.processIdentifier, process.mainBundle.path);
+    std::string script = platform().relaunchScript(delay, process);
     auto launchError = platform().processLauncher().launch("/bin/sh", { "-c", script });
 
     platform().runLoop().sleep(1);
@@ -154,8 +105,9 @@ void SelfRelauncher::pathWatcher(SCEvents&, const SCEvent& event)
 
 void SelfRelauncher::handlePathWatcherEvent(const SCEvent& event)
 {
-    std::string infoPlistPath = joinedPath(platform().currentProcess().mainBundle.path, "Contents/Info.plist");
-    std::optional<std::string> newAppBuild = bundleVersionInFile(infoPlistPath);
+    InstalledBuild installed = platform().installedBuild();
+    const std::string& infoPlistPath = installed.source;
+    const std::optional<std::string>& newAppBuild = installed.version;
     if (newAppBuild && currentAppBuild_ && *newAppBuild == *currentAppBuild_) {
         platform().log().info("Old and new build are equal (" + *newAppBuild + "); skipping relaunch");
         return;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "platform/Accessibility.h"
 #include "platform/ScheduledTimer.h"
 #include "platform/Value.h"
 #include "shell/SCEvents.h"
@@ -8,14 +7,13 @@
 #include <functional>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace vardel {
 
-// Restarts the tracker through a detached shell script that ends this process and opens the bundle
-// again: on request, and when the bundle was replaced by another build (the file-event watcher on
-// the executable's folder reports it). The application delegate owns one and forwards to it.
+// Restarts the tracker through a detached shell script (the platform's) that ends this process and
+// starts the program again: on request, and when the installed build was replaced by another (the
+// file-event watcher on the executable's folder reports it). The application delegate owns one and forwards to it.
 //
 // Work that the desktop platform would do on a background queue (the relaunch after an update) runs
 // on the main run loop here, since the whole process works on that one thread; the relaunch's
@@ -38,10 +36,6 @@ public:
 
     // The running bundle's "CFBundleVersion" as read at start-up.
     const std::optional<std::string>& currentAppBuild() const { return currentAppBuild_; }
-
-    // The shell script that waits the delay (whole seconds), ends the process, and opens the bundle.
-    // The path is quoted so that the shell takes it literally, whatever it contains.
-    static std::string relaunchScript(double delay, ProcessIdentifier processIdentifier, std::string_view bundlePath);
 
 private:
     void sendRelaunchProcessFinished(Value::Dictionary attributes, const std::optional<std::string>& launchError) const;

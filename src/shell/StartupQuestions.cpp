@@ -11,10 +11,6 @@ namespace {
 
 constexpr const char* launchAtLoginMessage
     = "Would you like to have the Vardel tracker app launch automatically at login?";
-constexpr const char* accessibilityMessage
-    = "To track your work, Vardel needs permission to use your Mac’s Accessibility features.";
-constexpr const char* accessibilityInformativeText = "Would you like to launch System Settings so that you can "
-                                                     "enable \"Vardel Tracker\" in the Accessibility list?";
 
 bool answeredForGood(const char* suppressionKey)
 {
@@ -49,10 +45,11 @@ void StartupQuestions::askForAccessibility()
     if (VDHelper::accessibilityAvailable() || !MainAppPreferences::onboardingHasCompleted()
         || answeredForGood(suppressionKey))
         return;
-    AlertResponse response = platform().alerts().runModal({ accessibilityMessage, accessibilityInformativeText,
-        { "Open System Settings", "Continue Anyway" }, true, false });
+    AccessibilityQuestion question = platform().desktopTexts().accessibilityQuestion;
+    AlertResponse response
+        = platform().alerts().runModal({ question.message, question.informativeText, question.buttons, true, false });
     if (response.button == 1)
-        VDHelper::openAccessibilityPreferencePane();
+        VDHelper::openAccessibilityPreferencePane(question.settingsURL);
     rememberSuppression(response, suppressionKey);
 }
 

@@ -47,13 +47,14 @@ protected:
         start("/usr/bin/python3",
             { "-m", "dbusmock", "--template", "notification_daemon", "-p", R"({"capabilities": "body actions"})", "-l",
                 notificationLog_.string() });
-        ASSERT_TRUE(waitUntil([this] { return callsNotificationServer("org.freedesktop.Notifications.GetCapabilities"); },
-            10s));
+        ASSERT_TRUE(waitUntil(
+            [this] { return callsNotificationServer("org.freedesktop.Notifications.GetCapabilities"); }, 10s));
     }
 
     bool callsNotificationServer(const std::string& method, const std::vector<std::string>& arguments = {})
     {
-        std::vector<std::string> call { "call", "--session", "-d", notifications, "-o", notificationsPath, "-m", method };
+        std::vector<std::string> call { "call", "--session", "-d", notifications, "-o", notificationsPath, "-m",
+            method };
         call.insert(call.end(), arguments.begin(), arguments.end());
         try {
             desktop().run("gdbus", call);
@@ -119,15 +120,14 @@ TEST_F(CallEndToEndTest, ChromiumCallIsDetectedEndsAndIsOfferedWithItsActions)
     auto trace = waitForTrace([](const Trace& trace) { return notificationIn(trace).has_value(); });
     auto notification = notificationIn(trace).value_or(nlohmann::json::object());
     EXPECT_EQ(notification["category"], "info.quenby.Vardel2.callEnded");
-    EXPECT_TRUE(notification["title"].get<std::string>().starts_with("Chromium"))
-        << notification["title"];
+    EXPECT_TRUE(notification["title"].get<std::string>().starts_with("Chromium")) << notification["title"];
     std::string shown = readText(notificationLog_);
-    for (const char* action : { "createTaskForCall", "reportFalsePositive", "doNotAskAgain", "doNotAskAgainForThisApp" })
+    for (const char* action :
+        { "createTaskForCall", "reportFalsePositive", "doNotAskAgain", "doNotAskAgainForThisApp" })
         EXPECT_NE(shown.find(action), std::string::npos) << action << " is not among the actions: " << shown;
 
     chooseAction("doNotAskAgainForThisApp");
-    EXPECT_TRUE(waitUntil(
-        [this] { return preferencesText().find("org.chromium.Chromium") != std::string::npos; }, 10s))
+    EXPECT_TRUE(waitUntil([this] { return preferencesText().find("org.chromium.Chromium") != std::string::npos; }, 10s))
         << preferencesText();
 }
 
@@ -162,7 +162,9 @@ TEST_F(CallEndToEndTest, FirefoxCallIsDetectedAndOffered)
         std::string::npos);
     chooseAction("doNotAskAgain");
     EXPECT_TRUE(waitUntil(
-        [this] { return nlohmann::json::parse(preferencesText(), nullptr, false).value("callNotificationMode", 0) == 2; },
+        [this] {
+            return nlohmann::json::parse(preferencesText(), nullptr, false).value("callNotificationMode", 0) == 2;
+        },
         10s))
         << preferencesText();
 }
@@ -195,10 +197,9 @@ TEST_F(CallEndToEndTest, MusicAloneIsNoCall)
 {
     startCallTracker();
     startZoomLookalike(/*records=*/false);
-    auto trace = waitForTrace([](const Trace& trace) {
-        return lastActivityOf(trace, "us.zoom.xos").has_value() && samples(trace) >= 4;
-    });
-        EXPECT_TRUE(std::all_of(trace.begin(), trace.end(),
+    auto trace = waitForTrace(
+        [](const Trace& trace) { return lastActivityOf(trace, "us.zoom.xos").has_value() && samples(trace) >= 4; });
+    EXPECT_TRUE(std::all_of(trace.begin(), trace.end(),
         [](const auto& event) { return event["event"] != "sample" || event["calls"]["hasRunningCall"] == false; }));
 }
 

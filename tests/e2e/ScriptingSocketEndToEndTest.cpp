@@ -64,7 +64,8 @@ TEST_F(ScriptingSocketEndToEndTest, AbuseNeitherStopsTheAnswersNorDelaysASample)
 
     int silent = connectTo(socket);
     auto overlong = std::async(std::launch::async, [&] { return ask(socket, std::string(10'000'000, 'x') + "\n"); });
-    auto garbage = std::async(std::launch::async, [&] { return ask(socket, std::string("\0\xff\x01pause\x7f\n", 10)); });
+    auto garbage
+        = std::async(std::launch::async, [&] { return ask(socket, std::string("\0\xff\x01pause\x7f\n", 10)); });
     std::vector<std::future<std::string>> wellFormed;
     for (int client = 0; client < 50; ++client)
         wellFormed.push_back(std::async(std::launch::async, [&] { return ask(socket, "resume\n"); }));

@@ -2,7 +2,9 @@
 // plays the desktop's parts on the session bus: the tray's StatusNotifierWatcher, the host that
 // reads the menu over dbusmenu and clicks it, and the settings portal.
 
+#include "e2e/SharedDesktop.h"
 #include "platform/linux/GLibHandles.h"
+#include "support/AtspiWindows.h"
 #include "support/HeadlessDesktop.h"
 #include "support/WaitUntil.h"
 
@@ -271,12 +273,9 @@ private:
 
 class StatusItemEndToEndTest : public ::testing::Test {
 protected:
-    static void TearDownTestSuite() { desktop_.reset(); }
-
     void SetUp() override
     {
-        if (!desktop_)
-            desktop_ = std::make_unique<HeadlessDesktop>();
+        desktop_ = &sharedDesktop();
         folder_ = desktop_->scratchFolder() / ::testing::UnitTest::GetInstance()->current_test_info()->name();
         std::filesystem::create_directories(folder_ / "config/vardel");
         // The main application, so that "Open Vardel" has something to open.
@@ -338,13 +337,11 @@ protected:
             10s, 100ms);
     }
 
-    static std::unique_ptr<HeadlessDesktop> desktop_;
+    HeadlessDesktop* desktop_ = nullptr;
     std::unique_ptr<TestDesktopBus> bus_;
     std::filesystem::path folder_;
     std::vector<pid_t> trackers_;
 };
-
-std::unique_ptr<HeadlessDesktop> StatusItemEndToEndTest::desktop_;
 
 TEST_F(StatusItemEndToEndTest, TheTrayMenuPausesResumesAndQuits)
 {
@@ -435,14 +432,13 @@ TEST_F(StatusItemEndToEndTest, TheTrayMenuPausesResumesAndQuits)
         tracePath, [&](const Trace& trace) { return sampledPaused(trace, before, false); }, "a tracking sample");
     EXPECT_TRUE(waitFor([&] { return bus_->itemText(item, "IconName") == "vardel-tracker"; }));
 
-    // The first quit asks; unattended, the question keeps the tracker running and ticks "do not ask
-    // again", so the second quit ends it.
+    // Quitting asks first, in a dialog the user answers.
     int quit = root.find("Quit Vardel Tracker")->id;
-    bus_->event(item, menu, quit, "clicked");
-    waitForTrace(
-        tracePath, [](const Trace& trace) { return logLinesContaining(trace, "Do you really wish to quit") == 1; },
-        "the quit question");
     bus_->eventWithoutAnswer(item, menu, quit, "clicked");
+    atspi::connect();
+    auto confirm = atspi::waitForElement("vardel-dialog", ATSPI_ROLE_PUSH_BUTTON, "Quit Vardel Tracker");
+    ASSERT_TRUE(confirm) << "no quit question";
+    EXPECT_TRUE(atspi::press(confirm.get()));
     auto trace = waitForTrace(
         tracePath, [](const Trace& trace) { return !trace.empty() && trace.back()["event"] == "exit"; }, "the exit");
     ASSERT_FALSE(trace.empty());

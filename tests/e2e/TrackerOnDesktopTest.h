@@ -2,6 +2,7 @@
 
 // The tracker on a real, headless X11 desktop with real applications, and its trace.
 
+#include "e2e/SharedDesktop.h"
 #include "support/HeadlessDesktop.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestAudioServer.h"
@@ -101,10 +102,10 @@ inline std::string readText(const std::filesystem::path& path)
     return text.str();
 }
 
-// One desktop and one page server for the whole suite: making a desktop takes seconds, and no test
-// needs a fresh one as long as each stops what it started.
+// The page server and the audio server of a suite, on the process's one desktop: making a desktop takes seconds, and no
+// test needs a fresh one as long as each stops what it started.
 struct SuiteDesktop {
-    HeadlessDesktop desktop;
+    HeadlessDesktop& desktop = sharedDesktop();
     // Browsers and call applications play and record through it.
     TestAudioServer audio;
     TemporaryFolder site;

@@ -49,8 +49,8 @@ nlohmann::json longDay()
 
 pid_t startTracker(const fs::path& scenario, const fs::path& dataFolder, const fs::path& trace)
 {
-    std::vector<std::string> variables { "VARDEL_DESKTOP=" + scenario.string(), "VARDEL_DATA_DIR=" + dataFolder.string(),
-        "VARDEL_TRACE=" + trace.string() };
+    std::vector<std::string> variables { "VARDEL_DESKTOP=" + scenario.string(),
+        "VARDEL_DATA_DIR=" + dataFolder.string(), "VARDEL_TRACE=" + trace.string() };
     for (char** variable = environ; *variable; ++variable)
         variables.emplace_back(*variable);
     std::vector<char*> environment;

@@ -69,7 +69,7 @@ TEST(LongReplayTest, EverySecondRecordedIsStoredAndNothingLeaks)
     fs::path errors = temporary.path() / "stderr.txt";
     int status = std::system(("VARDEL_DESKTOP=" + quoted(scenario.string()) + " VARDEL_DATA_DIR="
         + quoted(data.string()) + " " + quoted(VARDEL_TRACKER_PATH) + " 2>" + quoted(errors.string()))
-            .c_str());
+                                 .c_str());
     ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << readFile(errors).substr(0, 4000);
     // Every minute but one of each hour has an application in front.
     double recordedSeconds = hours * 3600.0 - (hours * 60 - 1) / 60 * 60.0;

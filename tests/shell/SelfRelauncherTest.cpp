@@ -1,5 +1,6 @@
 #include "shell/SelfRelauncher.h"
 
+#include "platform/RelaunchScripts.h"
 #include "platform/scripted/RelaunchScript.h"
 #include "shell/SCEvents.h"
 #include "support/ScriptedDesktopTest.h"
@@ -106,7 +107,7 @@ public:
 
     void start(double delay, const std::string& bundlePath)
     {
-        std::string script = SelfRelauncher::relaunchScript(delay, target_, bundlePath);
+        std::string script = RelaunchScripts::reopeningBundle(delay, target_, bundlePath);
         const std::string open = "/usr/bin/open ";
         size_t at = script.find(open);
         ASSERT_NE(at, std::string::npos) << script;
@@ -188,7 +189,7 @@ TEST(SelfRelauncherScript, WaitsTheDelayInWholeSeconds)
 {
     for (auto [delay, seconds] : { std::pair(60.7, 60), std::pair(5.0, 5), std::pair(-3.0, 0) }) {
         auto recognized = scripted::RelaunchScript::recognize(
-            "/bin/sh", { "-c", SelfRelauncher::relaunchScript(delay, 7, "/A.app") }, 7);
+            "/bin/sh", { "-c", RelaunchScripts::reopeningBundle(delay, 7, "/A.app") }, 7);
         ASSERT_TRUE(recognized) << delay;
         EXPECT_EQ(recognized->delaySeconds, seconds);
     }
@@ -199,7 +200,7 @@ TEST(SelfRelauncherScript, QuotesAnyBundlePathSoThatTheShellTakesItLiterally)
     for (const std::string path : { "/Applications/Vardel Helper.app", "/tmp/a\"; touch /tmp/pwned; \".app",
              "/tmp/$(touch /tmp/pwned).app", "/tmp/`id`.app", "/tmp/$HOME/${PATH}.app", "/tmp/back\\slash\\",
              "/tmp/new\nline.app", "/tmp/\\\"both\\$.app", "/tmp/'single'.app", "/tmp/tail\\" }) {
-        std::string script = SelfRelauncher::relaunchScript(5, 100, path);
+        std::string script = RelaunchScripts::reopeningBundle(5, 100, path);
         EXPECT_EQ(shellReadingOfQuotedPath(script), path) << script;
         auto recognized = scripted::RelaunchScript::recognize("/bin/sh", { "-c", script }, 100);
         ASSERT_TRUE(recognized) << script;
@@ -286,7 +287,7 @@ TEST_F(SelfRelauncherTest, StartsTheScriptReportsItAndWaitsThreeSeconds)
     auto processes = events("process");
     ASSERT_EQ(processes.size(), 1u);
     EXPECT_EQ(processes[0]["path"], "/bin/sh");
-    EXPECT_EQ(processes[0]["arguments"], (Json { "-c", SelfRelauncher::relaunchScript(5, 100, bundlePath) }));
+    EXPECT_EQ(processes[0]["arguments"], (Json { "-c", RelaunchScripts::reopeningBundle(5, 100, bundlePath) }));
     auto finished = analytics("VDHelperAppDelegate.relaunchProcessFinished");
     ASSERT_EQ(finished.size(), 1u);
     EXPECT_EQ(finished[0]["t"], 1);
@@ -412,7 +413,7 @@ TEST_F(UpdateDetectionTest, ANewBuildRelaunchesTheTracker)
     auto processes = events("process");
     ASSERT_EQ(processes.size(), 2u);
     EXPECT_EQ(processes[0]["t"], 18);
-    EXPECT_EQ(processes[0]["arguments"][1], SelfRelauncher::relaunchScript(60, 100, bundlePath));
+    EXPECT_EQ(processes[0]["arguments"][1], RelaunchScripts::reopeningBundle(60, 100, bundlePath));
     EXPECT_EQ(processes[1]["t"], 21);
 
     EXPECT_EQ(terminations, 1);

@@ -4,8 +4,8 @@
 #include "support/WaitUntil.h"
 
 #include <csignal>
-#include <fcntl.h>
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <spawn.h>
 #include <stdexcept>
@@ -105,12 +105,12 @@ private:
 
     void startPulseAudio()
     {
-        servers_.push_back(spawn({ "pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--disable-shm=yes",
-                                     "--use-pid-file=no", "--system=false", "-F", "/dev/null",
-                                     "--load=module-native-protocol-unix auth-anonymous=1 socket=" + socket_.string(),
-                                     "--load=module-null-sink sink_name=speaker",
-                                     "--load=module-null-source source_name=microphone" },
-            /*quiet=*/true));
+        servers_.push_back(
+            spawn({ "pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--disable-shm=yes",
+                      "--use-pid-file=no", "--system=false", "-F", "/dev/null",
+                      "--load=module-native-protocol-unix auth-anonymous=1 socket=" + socket_.string(),
+                      "--load=module-null-sink sink_name=speaker", "--load=module-null-source source_name=microphone" },
+                /*quiet=*/true));
     }
 
     // The three find each other and place their sockets through the runtime folder; the session
@@ -118,8 +118,9 @@ private:
     void startPipeWire()
     {
         std::string folder = folder_.path().string();
-        servers_.push_back(spawn({ "dbus-run-session", "--", "sh", "-c", "pipewire & wireplumber & exec pipewire-pulse" },
-            /*quiet=*/true, { "XDG_RUNTIME_DIR=" + folder, "PIPEWIRE_RUNTIME_DIR=" + folder }));
+        servers_.push_back(
+            spawn({ "dbus-run-session", "--", "sh", "-c", "pipewire & wireplumber & exec pipewire-pulse" },
+                /*quiet=*/true, { "XDG_RUNTIME_DIR=" + folder, "PIPEWIRE_RUNTIME_DIR=" + folder }));
     }
 
     // Each server runs in a process group of its own, with whatever it started.
@@ -132,8 +133,8 @@ private:
         servers_.clear();
     }
 
-    static pid_t spawn(
-        const std::vector<std::string>& arguments, bool quiet = false, const std::vector<std::string>& extraEnvironment = {})
+    static pid_t spawn(const std::vector<std::string>& arguments, bool quiet = false,
+        const std::vector<std::string>& extraEnvironment = {})
     {
         std::vector<char*> argv;
         for (const std::string& argument : arguments)

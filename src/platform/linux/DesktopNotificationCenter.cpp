@@ -3,11 +3,11 @@
 #include "platform/ValueJson.h"
 #include "platform/linux/MessageBus.h"
 
-#include <gio/gio.h>
 #include <nlohmann/json.hpp>
 
 #include <charconv>
 #include <fstream>
+#include <gio/gio.h>
 
 namespace vardel::linux_desktop {
 

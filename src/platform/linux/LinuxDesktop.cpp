@@ -1,13 +1,18 @@
 #include "platform/linux/LinuxDesktop.h"
 
+#include "platform/RelaunchScripts.h"
 #include "platform/linux/ApplicationIdentity.h"
 #include "platform/linux/AtspiAccessibility.h"
 #include "platform/linux/AtspiApplicationDirectory.h"
 #include "platform/linux/DesktopNotificationCenter.h"
+#include "platform/linux/DialogAlerts.h"
+#include "platform/linux/DialogProcess.h"
+#include "platform/linux/DialogTimeEntryEditor.h"
 #include "platform/linux/InotifyFileEventStreams.h"
 #include "platform/linux/JsonPropertyListFiles.h"
 #include "platform/linux/LinuxPowerManagement.h"
 #include "platform/linux/NoRunningTaskSource.h"
+#include "platform/linux/OsRelease.h"
 #include "platform/linux/PollRunLoop.h"
 #include "platform/linux/ProcessStandardStreams.h"
 #include "platform/linux/ScriptingCommandServer.h"
@@ -18,8 +23,6 @@
 #include "platform/linux/StatusNotifierItem.h"
 #include "platform/linux/SystemClock.h"
 #include "platform/linux/TraceAnalyticsSink.h"
-#include "platform/linux/TracedTimeEntryEditor.h"
-#include "platform/linux/UnattendedAlerts.h"
 #include "platform/linux/UnavailableAccessibility.h"
 #include "platform/linux/WaylandConnection.h"
 #include "platform/linux/WaylandWindowFacts.h"
@@ -29,12 +32,14 @@
 #include "platform/linux/X11GlobalShortcuts.h"
 #include "platform/linux/X11WindowServer.h"
 #include "platform/linux/X11Workspace.h"
+#include "platform/linux/XdgAutostartLoginItems.h"
 
 #include <cstdlib>
 #include <filesystem>
 #include <glib.h>
 #include <map>
 #include <sstream>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace vardel::linux_desktop {
@@ -46,6 +51,8 @@ namespace {
 constexpr double glibServiceInterval = 0.5;
 constexpr int maxGlibDispatchesPerService = 1000;
 constexpr const char* identifierPreference = "LinuxDesktop_applicationIdentifiers";
+// Seconds the relaunch script waits instead of the delay the tracker asks for.
+constexpr const char* relaunchDelayPreference = "LinuxDesktop_relaunchDelay";
 
 ApplicationIdentifierTable identifierTable(PreferenceStore& defaults)
 {
@@ -94,6 +101,32 @@ std::optional<std::string> windowSystemPreference(PreferenceStore& defaults)
     return *value->asText();
 }
 
+// An executable has no build number here: the file's identity stands for its build, so that a
+// replaced executable (a new file, or new contents) is a new build and anything else in its folder
+// is not.
+std::optional<std::string> executableBuild(const std::string& path)
+{
+    struct stat file { };
+    if (::stat(path.c_str(), &file) != 0)
+        return std::nullopt;
+    return std::to_string(file.st_dev) + ":" + std::to_string(file.st_ino) + ":" + std::to_string(file.st_size) + ":"
+        + std::to_string(file.st_mtim.tv_sec) + "." + std::to_string(file.st_mtim.tv_nsec);
+}
+
+std::string ownExecutablePath()
+{
+    std::error_code error;
+    return std::filesystem::read_symlink("/proc/self/exe", error).string();
+}
+
+// Without a configuration folder to put an autostart entry in, the registration is only remembered.
+std::unique_ptr<LoginItems> makeLoginItems(const LinuxDesktopStores& stores, const std::string& executablePath)
+{
+    if (auto folder = XdgAutostartLoginItems::autostartFolder(std::getenv))
+        return std::make_unique<XdgAutostartLoginItems>(*folder, executablePath);
+    return std::make_unique<PreferenceLoginItems>(stores.productPreferences, "shouldStartAtLogin");
+}
+
 } // namespace
 
 struct LinuxDesktop::State {
@@ -105,9 +138,9 @@ struct LinuxDesktop::State {
         , launcher(trace)
         , standardStreams(trace)
         , notifications(trace, log, DesktopNotificationCenter::deliveredFileIn(environment("XDG_RUNTIME_DIR")))
-        , timeEntryEditor(trace, log)
+        , timeEntryEditor(dialogProgram, runLoop, trace, log)
         , identity(desktopEntries, identifierTable(stores.standardUserDefaults))
-        , alerts(log)
+        , alerts(dialogProgram, log)
         , globalShortcuts(runLoop, log, display)
         , statusBar(
               runLoop, log, [this] { return globalShortcuts.heldModifierFlags(); }, statusIconThemePath())
@@ -131,6 +164,10 @@ struct LinuxDesktop::State {
 
     LinuxDesktopStores stores;
     JsonLinesTrace& trace;
+    // As the process started: once the executable is replaced, /proc/self/exe names a deleted file.
+    std::string executablePath = ownExecutablePath();
+    std::optional<std::string> buildAtStart = executableBuild(executablePath);
+    std::optional<std::string> dialogProgram = DialogProcess::programBeside(executablePath);
     SystemClock clock;
     PollRunLoop runLoop;
     StandardErrorLog log;
@@ -139,7 +176,7 @@ struct LinuxDesktop::State {
     ProcessStandardStreams standardStreams;
     JsonPropertyListFiles propertyListFiles;
     DesktopNotificationCenter notifications;
-    TracedTimeEntryEditor timeEntryEditor;
+    DialogTimeEntryEditor timeEntryEditor;
     NoRunningTaskSource runningTasks;
     // One of the two display connections, and what the other pieces read windows from.
     std::unique_ptr<X11Connection> x11;
@@ -154,12 +191,13 @@ struct LinuxDesktop::State {
     std::unique_ptr<X11Workspace> workspace;
     std::unique_ptr<LinuxPowerManagement> powerManagement;
     std::unique_ptr<Accessibility> accessibility;
-    UnattendedAlerts alerts;
+    DialogAlerts alerts;
     X11GlobalShortcuts globalShortcuts;
     StatusNotifierItem statusBar;
     SocketScriptingCommands scriptingCommands;
     std::map<int, PollRunLoop::SourceId> fileEventSources;
     InotifyFileEventStreams fileEventStreams;
+    std::unique_ptr<LoginItems> loginItems;
 
     void openX11(const char* display)
     {
@@ -238,7 +276,9 @@ std::unique_ptr<LinuxDesktop> LinuxDesktop::open(
         state->accessibility = std::make_unique<UnavailableAccessibility>();
     }
     state->serveGlibEvents();
-    return std::unique_ptr<LinuxDesktop>(new LinuxDesktop(std::move(state)));
+    auto desktop = std::unique_ptr<LinuxDesktop>(new LinuxDesktop(std::move(state)));
+    desktop->state_->loginItems = makeLoginItems(stores, desktop->state_->executablePath);
+    return desktop;
 }
 
 LinuxDesktop::LinuxDesktop(std::unique_ptr<State> state)
@@ -299,16 +339,50 @@ GlobalShortcuts& LinuxDesktop::globalShortcuts()
 }
 
 // The program has no bundle here: the folder of its executable stands in for it, without a
-// resources folder of its own.
+// resources folder of its own, and the executable's identity for its build.
 CurrentProcess LinuxDesktop::currentProcess()
 {
-    std::error_code error;
-    std::filesystem::path executable = std::filesystem::read_symlink("/proc/self/exe", error);
+    std::filesystem::path executable = state_->executablePath;
     ApplicationBundle bundle;
     bundle.path = executable.parent_path().string();
     bundle.bundleIdentifier = "info.quenby.VardelHelper";
     bundle.localizedName = "Vardel Tracker";
+    if (state_->buildAtStart)
+        bundle.info.insert_or_assign("CFBundleVersion", Value(*state_->buildAtStart));
     return { static_cast<ProcessIdentifier>(::getpid()), executable.string(), std::move(bundle) };
+}
+
+InstalledBuild LinuxDesktop::installedBuild()
+{
+    return { executableBuild(state_->executablePath), state_->executablePath };
+}
+
+// Asked only when there is no accessibility bus to read other applications through.
+DesktopTexts LinuxDesktop::desktopTexts()
+{
+    return { { "To track your work fully, Vardel needs the desktop's accessibility bus (AT-SPI), which is not "
+               "running.",
+                 "With it, the tracker reads the title, the document and the web page address of the window you "
+                 "work in; without it, it records only the application and its window title. Desktops start the "
+                 "bus when accessibility is switched on, for example with \"gsettings set "
+                 "org.gnome.desktop.interface toolkit-accessibility true\" or in their accessibility settings; "
+                 "log in again afterwards.",
+                 { "OK" }, "" },
+        OsRelease::systemLine() };
+}
+
+// Starts the executable installed at the process's path, after the delay the user defaults may set.
+std::string LinuxDesktop::relaunchScript(double delaySeconds, const CurrentProcess& process)
+{
+    auto delay = state_->stores.standardUserDefaults.object(relaunchDelayPreference);
+    if (delay && delay->asNumber())
+        delaySeconds = *delay->asNumber();
+    return RelaunchScripts::startingExecutable(delaySeconds, process.processIdentifier, process.executablePath);
+}
+
+LoginItems& LinuxDesktop::loginItems()
+{
+    return *state_->loginItems;
 }
 
 std::vector<std::string> LinuxDesktop::preferredLanguages()

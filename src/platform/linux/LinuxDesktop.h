@@ -66,6 +66,15 @@ public:
     FileEventStreams& fileEventStreams() override;
     GlobalShortcuts& globalShortcuts() override;
     CurrentProcess currentProcess() override;
+    // An XDG autostart entry for this executable.
+    LoginItems& loginItems() override;
+    // The identity of the file at the executable's path (device, inode, size, modification time).
+    InstalledBuild installedBuild() override;
+    // Starts the executable again; the standard user default LinuxDesktop_relaunchDelay, when a
+    // number, replaces the delay.
+    std::string relaunchScript(double delaySeconds, const CurrentProcess&) override;
+    // The accessibility question names the AT-SPI bus; the system line the distribution and kernel.
+    DesktopTexts desktopTexts() override;
     // From LANGUAGE, else LC_ALL, LC_MESSAGES or LANG.
     std::vector<std::string> preferredLanguages() override;
 

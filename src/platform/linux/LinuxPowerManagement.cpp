@@ -17,17 +17,17 @@ constexpr std::chrono::milliseconds firstListingTimeout(1000);
 
 bool equalIgnoringAsciiCase(std::string_view left, std::string_view right)
 {
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-        [](char a, char b) { return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b)); });
+    return std::equal(left.begin(), left.end(), right.begin(), right.end(), [](char a, char b) {
+        return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
+    });
 }
 
 // An application id names an application by its desktop entry, its identifier, its name or its
 // program.
 bool isNamedBy(const RunningApplication& application, const std::string& applicationId)
 {
-    auto matches = [&](const std::optional<std::string>& name) {
-        return name && equalIgnoringAsciiCase(*name, applicationId);
-    };
+    auto matches
+        = [&](const std::optional<std::string>& name) { return name && equalIgnoringAsciiCase(*name, applicationId); };
     auto stemOf = [](const std::optional<std::string>& path) -> std::optional<std::string> {
         if (!path)
             return std::nullopt;
@@ -74,10 +74,12 @@ const Value::Dictionary& LinuxPowerManagement::currentStreamAssertions()
     if (generation == streamGeneration_ && everyStreamOwned_)
         return streamAssertions_;
     std::vector<AudioStream> evidence = streams_.evidence();
-    std::set<ProcessIdentifier> applications = evidence.empty() ? std::set<ProcessIdentifier> {} : runningApplicationPids();
+    std::set<ProcessIdentifier> applications
+        = evidence.empty() ? std::set<ProcessIdentifier> {} : runningApplicationPids();
     streamAssertions_ = AudioStreamList::assertionsOf(evidence, applications);
-    everyStreamOwned_ = std::all_of(evidence.begin(), evidence.end(),
-        [&](const AudioStream& stream) { return AudioStreamList::owningApplication(stream, applications).has_value(); });
+    everyStreamOwned_ = std::all_of(evidence.begin(), evidence.end(), [&](const AudioStream& stream) {
+        return AudioStreamList::owningApplication(stream, applications).has_value();
+    });
     streamGeneration_ = generation;
     return streamAssertions_;
 }

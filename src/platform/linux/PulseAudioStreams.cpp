@@ -3,10 +3,9 @@
 #include "platform/linux/AudioStreamList.h"
 #include "platform/linux/ProcessAncestry.h"
 
-#include <pulse/pulseaudio.h>
-
 #include <charconv>
 #include <cstring>
+#include <pulse/pulseaudio.h>
 #include <set>
 #include <thread>
 
@@ -174,7 +173,10 @@ struct PulseAudioStreams::Client {
         ++generation;
     }
 
-    static void onListed(pa_context*, const pa_server_info*, void* client) { static_cast<Client*>(client)->settled = true; }
+    static void onListed(pa_context*, const pa_server_info*, void* client)
+    {
+        static_cast<Client*>(client)->settled = true;
+    }
 
     static void onState(pa_context* context, void* client)
     {

@@ -2,9 +2,8 @@
 
 #include "platform/linux/MessageBus.h"
 
-#include <gio/gio.h>
-
 #include <array>
+#include <gio/gio.h>
 #include <map>
 #include <memory>
 
@@ -86,7 +85,8 @@ std::vector<std::string> objectPathsIn(GVariant* reply)
 }
 
 // One answer about a session manager's inhibitor, into the member the method reads.
-void takeInhibitorAnswer(SessionInhibitors::SessionManagerInhibitor& inhibitor, std::string_view method, GVariant* reply)
+void takeInhibitorAnswer(
+    SessionInhibitors::SessionManagerInhibitor& inhibitor, std::string_view method, GVariant* reply)
 {
     if (!reply)
         return;
@@ -168,7 +168,8 @@ void onSessionManagerInhibitors(GObject* bus, GAsyncResult* result, gpointer dat
     reading->answered();
 }
 
-void onChangeAnnounced(GDBusConnection*, const gchar*, const gchar*, const gchar*, const gchar*, GVariant*, gpointer owner)
+void onChangeAnnounced(
+    GDBusConnection*, const gchar*, const gchar*, const gchar*, const gchar*, GVariant*, gpointer owner)
 {
     static_cast<SessionInhibitors*>(owner)->refresh();
 }
@@ -263,7 +264,8 @@ void SessionInhibitors::refreshSessionManager()
 {
     if (!sessionBus_)
         return;
-    auto* reading = new SessionManagerReading { this, GObjectHandle<GCancellable>(G_CANCELLABLE(g_object_ref(cancellable_.get()))), {}, 0 };
+    auto* reading = new SessionManagerReading { this,
+        GObjectHandle<GCancellable>(G_CANCELLABLE(g_object_ref(cancellable_.get()))), {}, 0 };
     g_dbus_connection_call(sessionBus_.get(), sessionManagerService, sessionManagerPath, "org.gnome.SessionManager",
         "GetInhibitors", nullptr, G_VARIANT_TYPE("(ao)"), G_DBUS_CALL_FLAGS_NO_AUTO_START, callTimeoutMilliseconds,
         cancellable_.get(), onSessionManagerInhibitors, reading);

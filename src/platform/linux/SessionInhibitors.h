@@ -17,7 +17,8 @@ namespace vardel::linux_desktop {
 // What programs keep the session from going idle or the system from sleeping: logind's inhibitors
 // (system bus) and, on GNOME, the session manager's (session bus). Both are read in the
 // background, when they announce a change and at most every few seconds otherwise, so that a
-// sample reads the last answer from memory; only the first reading, when the list is made, waits. Without either service the list is simply empty.
+// sample reads the last answer from memory; only the first reading, when the list is made, waits. Without either
+// service the list is simply empty.
 class SessionInhibitors {
 public:
     struct LogindInhibitor {

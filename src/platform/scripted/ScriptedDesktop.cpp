@@ -1,5 +1,7 @@
 #include "platform/scripted/ScriptedDesktop.h"
 
+#include "platform/OperatingSystem.h"
+#include "platform/RelaunchScripts.h"
 #include "platform/scripted/DesktopWorld.h"
 #include "platform/scripted/ScenarioReader.h"
 #include "platform/scripted/ScriptedAccessibility.h"
@@ -114,6 +116,8 @@ struct ScriptedDesktop::State {
     ScriptedTimeEntryEditor timeEntryEditor { world.editorAnswers, trace };
     ScriptedRunningTaskSource runningTasks { world, clock.now(), trace };
     ScriptedAlerts alerts { world.alertAnswers, trace };
+    // The scripted desktop starts nothing at login: the registration is the product's preference.
+    PreferenceLoginItems loginItems { world.productPreferences, "shouldStartAtLogin" };
     ScriptedStatusBar statusBar { trace };
     ScriptedScriptingCommands scriptingCommands;
     ScriptedGlobalShortcuts globalShortcuts;
@@ -283,6 +287,41 @@ CurrentProcess ScriptedDesktop::currentProcess()
     const BundleDescription& self = state_->world.self;
     return { self.pid, self.executablePath,
         ScriptedWorkspace::bundleAtPath(self.bundlePath, self.bundleIdentifier, std::nullopt, self.info) };
+}
+
+LoginItems& ScriptedDesktop::loginItems()
+{
+    return state_->loginItems;
+}
+
+// The build is the bundle's information file as it is now.
+InstalledBuild ScriptedDesktop::installedBuild()
+{
+    std::string folder = state_->world.self.bundlePath;
+    if (!folder.ends_with('/'))
+        folder += '/';
+    std::string infoPath = folder + "Contents/Info.plist";
+    auto contents = state_->propertyListFiles.read(infoPath);
+    const Value::Dictionary* info = contents ? contents->asDictionary() : nullptr;
+    std::optional<std::string> version;
+    if (auto found = info ? info->find("CFBundleVersion") : Value::Dictionary::const_iterator {};
+        info && found != info->end() && found->second.asText())
+        version = *found->second.asText();
+    return { version, infoPath };
+}
+
+DesktopTexts ScriptedDesktop::desktopTexts()
+{
+    return { { "To track your work, Vardel needs permission to use your Mac’s Accessibility features.",
+                 "Would you like to launch System Settings so that you can enable \"Vardel Tracker\" in the "
+                 "Accessibility list?",
+                 { "Open System Settings", "Continue Anyway" }, "settings:privacy/accessibility" },
+        "macOS Version: " + OperatingSystem::versionString() };
+}
+
+std::string ScriptedDesktop::relaunchScript(double delaySeconds, const CurrentProcess& process)
+{
+    return RelaunchScripts::reopeningBundle(delaySeconds, process.processIdentifier, process.mainBundle.path);
 }
 
 bool ScriptedDesktop::databaseAvailable() const

@@ -69,6 +69,13 @@ public:
     RunningTaskSource& runningTasks() override;
     FileEventStreams& fileEventStreams() override;
     CurrentProcess currentProcess() override;
+    LoginItems& loginItems() override;
+    // The bundle's Contents/Info.plist, read now.
+    InstalledBuild installedBuild() override;
+    // Opens the bundle again.
+    std::string relaunchScript(double delaySeconds, const CurrentProcess&) override;
+    // The product's own texts, as on the desktop it was made for.
+    DesktopTexts desktopTexts() override;
     // Whether the scenario lets the product's database exist.
     bool databaseAvailable() const;
     std::vector<std::string> preferredLanguages() override;

@@ -1,4 +1,5 @@
 #include "platform/linux/AudioStreamList.h"
+
 #include "platform/linux/ProcessAncestry.h"
 #include "support/TemporaryFolder.h"
 
@@ -86,7 +87,7 @@ TEST(AudioStreamListTest, RecordsAreHeldOnBehalfOfTheNearestRunningApplication)
     AudioStream playback = stream(2, Direction::playback, 500);
     playback.ancestry = { 500, 1 };
 
-    auto assertions = AudioStreamList::assertionsOf({ capture, playback }, /*runningApplications=*/{ 500, 1 });
+    auto assertions = AudioStreamList::assertionsOf({ capture, playback }, /*runningApplications=*/ { 500, 1 });
     ASSERT_EQ(assertions.size(), 2u);
     const auto& fromChild = onlyRecordOf(assertions, "42");
     EXPECT_EQ(fromChild.at(AssertionKey::type), Value("PreventUserIdleSystemSleep"));
@@ -128,8 +129,7 @@ TEST(ProcessAncestryTest, LineGoesUpToTheFirstProcessAndEndsOnCycles)
     testing::TemporaryFolder proc;
     auto writeStat = [&](int pid, int parent) {
         std::filesystem::create_directory(proc.path() / std::to_string(pid));
-        std::ofstream(proc.path() / std::to_string(pid) / "stat")
-            << pid << " (p) S " << parent << " 0 0";
+        std::ofstream(proc.path() / std::to_string(pid) / "stat") << pid << " (p) S " << parent << " 0 0";
     };
     writeStat(10, 11);
     writeStat(11, 12);

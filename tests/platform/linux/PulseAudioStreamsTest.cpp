@@ -2,6 +2,7 @@
 // PulseAudio server.
 
 #include "platform/linux/PulseAudioStreams.h"
+
 #include "support/TestAudioServer.h"
 
 #include <gtest/gtest.h>
@@ -45,8 +46,8 @@ TEST_P(PulseAudioStreamsTest, FollowsCaptureAndPlaybackButNotMonitors)
     EXPECT_FALSE(hasStream(streams, AudioStream::Direction::capture, visualiser));
 
     auto evidence = streams.evidence();
-    auto capture = std::find_if(evidence.begin(), evidence.end(),
-        [&](const AudioStream& stream) { return stream.pid == microphone; });
+    auto capture = std::find_if(
+        evidence.begin(), evidence.end(), [&](const AudioStream& stream) { return stream.pid == microphone; });
     ASSERT_NE(capture, evidence.end());
     EXPECT_FALSE(capture->applicationName.empty());
     EXPECT_EQ(capture->firstSeenRunning, Date { 1000 });
@@ -77,7 +78,9 @@ TEST_P(PulseAudioStreamsTest, FollowsTheServerAcrossARestart)
 
 INSTANTIATE_TEST_SUITE_P(Servers, PulseAudioStreamsTest,
     ::testing::Values(testing::TestAudioServer::Kind::pulseAudio, testing::TestAudioServer::Kind::pipeWire),
-    [](const auto& info) { return info.param == testing::TestAudioServer::Kind::pulseAudio ? "PulseAudio" : "PipeWire"; });
+    [](const auto& info) {
+        return info.param == testing::TestAudioServer::Kind::pulseAudio ? "PulseAudio" : "PipeWire";
+    });
 
 TEST(PulseAudioStreamsWithoutServerTest, ListIsEmptyAndSaysSoOnce)
 {

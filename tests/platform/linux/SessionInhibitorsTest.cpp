@@ -40,9 +40,9 @@ TEST(SessionInhibitorsTest, SessionManagerInhibitorsAreHeldByTheApplicationTheyN
         return std::nullopt;
     };
     auto assertions = SessionInhibitors::assertionsOf(
-        std::vector<SessionInhibitors::SessionManagerInhibitor> { { "chromium", "WebRTC has active PeerConnections",
-                                                                      idle | suspend },
-            { "chromium", "Downloading", suspend }, { "unknown-app", "Playing audio", idle } },
+        std::vector<SessionInhibitors::SessionManagerInhibitor> {
+            { "chromium", "WebRTC has active PeerConnections", idle | suspend }, { "chromium", "Downloading", suspend },
+            { "unknown-app", "Playing audio", idle } },
         resolver);
     ASSERT_EQ(assertions.size(), 1u);
     ASSERT_EQ(assertions.at("77").asList()->size(), 1u);

@@ -1,3 +1,4 @@
+#include "platform/RelaunchScripts.h"
 #include "platform/scripted/RelaunchScript.h"
 #include "platform/scripted/ScriptedDesktop.h"
 #include "platform/scripted/ScriptedTesting.h"
@@ -122,7 +123,7 @@ const std::string bundlePath = "/Apps/V \"1\".app";
 // The script as the tracker writes it to relaunch process 100 from the bundle above.
 std::string relaunchScriptText(double delay = 5)
 {
-    return SelfRelauncher::relaunchScript(delay, 100, bundlePath);
+    return RelaunchScripts::reopeningBundle(delay, 100, bundlePath);
 }
 
 TEST(RelaunchScript, RecognisesOnlyTheTrackersOwnRelaunch)
