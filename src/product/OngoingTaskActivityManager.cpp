@@ -32,8 +32,9 @@ void OngoingTaskActivityManager::showEditorToStartTaskActivity()
 {
     Date start = now();
     TimeEntryProposal proposal { "Start Timer", start, start, "", std::nullopt };
-    platform().timeEntryEditor().present(proposal, [this](const TimeEntryProposal& saved) {
-        source_.startTimer({ saved.title, now() });
+    // The editor answers later, when the manager (a short-lived view of the source) is long gone.
+    platform().timeEntryEditor().present(proposal, [&source = source_](const TimeEntryProposal& saved) {
+        source.startTimer({ saved.title, now() });
     });
 }
 
@@ -60,9 +61,10 @@ void OngoingTaskActivityManager::editRunningOrLatestTask()
         return;
     }
     TimeEntryProposal proposal { "Edit Running Timer", running->since, now(), running->title, std::nullopt };
-    platform().timeEntryEditor().present(proposal, [this, since = running->since](const TimeEntryProposal& saved) {
-        source_.startTimer({ saved.title, since });
-    });
+    platform().timeEntryEditor().present(
+        proposal, [&source = source_, since = running->since](const TimeEntryProposal& saved) {
+            source.startTimer({ saved.title, since });
+        });
 }
 
 void OngoingTaskActivityManager::editLatestEntry()

@@ -2,6 +2,9 @@
 // follows through a notification server on the session bus.
 
 #include "TrackerOnDesktopTest.h"
+#include "support/AtspiWindows.h"
+
+#include <ctime>
 
 namespace vardel::testing {
 
@@ -36,6 +39,21 @@ std::optional<nlohmann::json> notificationIn(const Trace& trace)
 bool hasEditorEvent(const Trace& trace)
 {
     return std::any_of(trace.begin(), trace.end(), [](const auto& event) { return event["event"] == "editor"; });
+}
+
+// "2026-11-25 12:00:00" in local time, a number of seconds later.
+std::string localTimeAfter(const std::string& text, int seconds)
+{
+    std::tm parts {};
+    if (!strptime(text.c_str(), "%Y-%m-%d %H:%M:%S", &parts))
+        return text;
+    parts.tm_isdst = -1;
+    std::time_t later = std::mktime(&parts) + seconds;
+    std::tm laterParts {};
+    localtime_r(&later, &laterParts);
+    char formatted[32];
+    std::strftime(formatted, sizeof formatted, "%Y-%m-%d %H:%M:%S", &laterParts);
+    return formatted;
 }
 
 class CallEndToEndTest : public LinuxDesktopEndToEndTest {
@@ -169,7 +187,7 @@ TEST_F(CallEndToEndTest, FirefoxCallIsDetectedAndOffered)
         << preferencesText();
 }
 
-TEST_F(CallEndToEndTest, NativeCallApplicationIsOfferedAndAnsweredAfterARestart)
+TEST_F(CallEndToEndTest, NativeCallIsOfferedAnsweredAfterARestartAndStored)
 {
     startNotificationServer();
     startCallTracker();
@@ -191,6 +209,28 @@ TEST_F(CallEndToEndTest, NativeCallApplicationIsOfferedAndAnsweredAfterARestart)
     waitForTrace([](const Trace& trace) { return samples(trace) > 0; });
     chooseAction("createTaskForCall");
     waitForTrace(hasEditorEvent);
+
+    // The editor shows the call; the user makes it two minutes long (shorter entries are refused)
+    // and saves it into the store, where `vardel entries` finds it.
+    atspi::connect();
+    auto title = atspi::waitForElement("vardel-dialog", ATSPI_ROLE_TEXT, "Title");
+    auto start = atspi::waitForElement("vardel-dialog", ATSPI_ROLE_TEXT, "Start");
+    auto end = atspi::waitForElement("vardel-dialog", ATSPI_ROLE_TEXT, "End");
+    auto save = atspi::waitForElement("vardel-dialog", ATSPI_ROLE_PUSH_BUTTON, "Save");
+    ASSERT_TRUE(title && start && end && save) << "the editor's fields did not show";
+    EXPECT_EQ(atspi::textOf(title.get()), "Zoom call");
+    atspi::type(end.get(), localTimeAfter(atspi::textOf(start.get()), 120));
+    atspi::press(save.get());
+    waitForTrace([](const Trace& trace) {
+        return std::any_of(trace.begin(), trace.end(), [](const auto& event) { return event["event"] == "timeEntry"; });
+    });
+    ::setenv("VARDEL_DATA_DIR", (folder_ / "data").c_str(), 1);
+    auto listed
+        = nlohmann::json::parse(desktop().run(VARDEL_BUILD_DIR "/vardel", { "entries", "--json" }), nullptr, false);
+    ASSERT_TRUE(listed.is_object()) << listed;
+    ASSERT_EQ(listed["entries"].size(), 1u) << listed;
+    EXPECT_EQ(listed["entries"][0]["title"], "Zoom call");
+    EXPECT_EQ(listed["entries"][0]["seconds"], 120);
 }
 
 TEST_F(CallEndToEndTest, MusicAloneIsNoCall)

@@ -446,6 +446,48 @@ TEST_F(StatusItemEndToEndTest, TheTrayMenuPausesResumesAndQuits)
     EXPECT_EQ(logLinesContaining(trace, noTray), 1u);
 }
 
+TEST_F(StatusItemEndToEndTest, LaunchAtLoginAndStartTimerFromTheMenu)
+{
+    bus_->becomeWatcher();
+    startTracker();
+    ASSERT_TRUE(waitFor([&] { return !bus_->registeredItems.empty(); })) << "the item never registered";
+    std::string item = bus_->registeredItems.front();
+    std::string menu = bus_->itemText(item, "Menu").value_or("");
+    // Opens the menu and reads it once the entry shows in the wanted state.
+    auto menuWhere = [&](const std::function<bool(const MenuEntry&)>& condition) {
+        MenuEntry root;
+        bool shown = waitFor([&] {
+            bus_->aboutToShow(item, menu, 0);
+            root = bus_->layout(item, menu);
+            return condition(root);
+        });
+        EXPECT_TRUE(shown) << "the menu never showed what was expected";
+        return root;
+    };
+
+    std::filesystem::path autostart = folder_ / "config/autostart/vardel-tracker.desktop";
+    MenuEntry root = menuWhere([](const MenuEntry& root) { return root.find("Launch at Login") != nullptr; });
+    bus_->event(item, menu, root.find("Launch at Login")->id, "clicked");
+    EXPECT_TRUE(waitFor([&] { return std::filesystem::exists(autostart); })) << "no autostart entry";
+    root = menuWhere([](const MenuEntry& root) { return root.find("Launch at Login")->toggleState == 1; });
+    bus_->event(item, menu, root.find("Launch at Login")->id, "clicked");
+    EXPECT_TRUE(waitFor([&] { return !std::filesystem::exists(autostart); })) << "the autostart entry stayed";
+
+    // "Start Timer…" opens the editor; the timer named and saved there runs.
+    root = menuWhere([](const MenuEntry& root) { return root.find("Start Timer") != nullptr; });
+    bus_->event(item, menu, root.find("Start Timer")->id, "clicked");
+    atspi::connect();
+    auto title = atspi::waitForElement("vardel-dialog", ATSPI_ROLE_TEXT, "Title");
+    auto save = atspi::waitForElement("vardel-dialog", ATSPI_ROLE_PUSH_BUTTON, "Save");
+    ASSERT_TRUE(title && save) << "no editor";
+    atspi::type(title.get(), "Write the report");
+    atspi::press(save.get());
+    root = menuWhere([](const MenuEntry& root) {
+        const MenuEntry* stop = root.find("Stop Timer");
+        return root.find("Switch Timer") && stop && stop->visible;
+    });
+}
+
 TEST_F(StatusItemEndToEndTest, TheGlobalShortcutStartsATimerAndColourSchemeChangesAreHeard)
 {
     // This user has hidden the status item.
