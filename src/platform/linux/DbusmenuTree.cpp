@@ -19,7 +19,7 @@ std::string label(std::string_view title)
     return escaped;
 }
 
-// The modifier names of the dbusmenu specification, with Command as the Super key.
+// The modifier names dbusmenu menus use, with Command as the Super key.
 GVariant* shortcut(const MenuItem& item)
 {
     GVariantBuilder keys;
