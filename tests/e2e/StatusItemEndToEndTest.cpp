@@ -6,6 +6,7 @@
 #include "platform/linux/GLibHandles.h"
 #include "support/AtspiWindows.h"
 #include "support/HeadlessDesktop.h"
+#include "support/TraceFile.h"
 #include "support/WaitUntil.h"
 
 #include <gtest/gtest.h>
@@ -29,21 +30,9 @@ using namespace std::chrono_literals;
 using linux_desktop::GErrorHandle;
 using linux_desktop::GObjectHandle;
 using linux_desktop::GVariantHandle;
-using Trace = std::vector<nlohmann::json>;
 
 constexpr int callTimeoutMilliseconds = 5000;
 constexpr const char* watcherInterface = "org.kde.StatusNotifierWatcher";
-
-Trace readTrace(const std::filesystem::path& path)
-{
-    Trace events;
-    std::ifstream file(path);
-    for (std::string line; std::getline(file, line) && !file.eof();) {
-        if (!line.empty())
-            events.push_back(nlohmann::json::parse(line));
-    }
-    return events;
-}
 
 size_t logLinesContaining(const Trace& trace, const std::string& text)
 {

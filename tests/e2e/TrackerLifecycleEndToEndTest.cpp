@@ -3,6 +3,7 @@
 
 #include "e2e/SharedDesktop.h"
 #include "support/AtspiWindows.h"
+#include "support/TraceFile.h"
 #include "support/WaitUntil.h"
 
 #include <gtest/gtest.h>
@@ -22,19 +23,6 @@ namespace vardel::testing {
 namespace {
 
 using namespace std::chrono_literals;
-using Trace = std::vector<nlohmann::json>;
-
-// The events of the trace so far; a last line the tracker is still writing is left for later.
-Trace readTrace(const std::filesystem::path& path)
-{
-    Trace events;
-    std::ifstream file(path);
-    for (std::string line; std::getline(file, line) && !file.eof();) {
-        if (!line.empty())
-            events.push_back(nlohmann::json::parse(line));
-    }
-    return events;
-}
 
 std::optional<nlohmann::json> lastEvent(const Trace& trace, const std::string& name)
 {

@@ -6,6 +6,7 @@
 #include "support/HeadlessDesktop.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestAudioServer.h"
+#include "support/TraceFile.h"
 #include "support/WaitUntil.h"
 
 #include <gtest/gtest.h>
@@ -28,7 +29,6 @@
 namespace vardel::testing {
 
 using namespace std::chrono_literals;
-using Trace = std::vector<nlohmann::json>;
 
 inline constexpr const char* pageTitle = "Vardel Test Page";
 inline constexpr const char* pageHeading = "Tracked Heading";
@@ -56,18 +56,6 @@ inline bool acceptsConnections(int port)
     bool connected = ::connect(socket, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
     ::close(socket);
     return connected;
-}
-
-// The events of the trace so far; a last line the tracker is still writing is left for later.
-inline Trace readTrace(const std::filesystem::path& path)
-{
-    Trace events;
-    std::ifstream file(path);
-    for (std::string line; std::getline(file, line) && !file.eof();) {
-        if (!line.empty())
-            events.push_back(nlohmann::json::parse(line));
-    }
-    return events;
 }
 
 inline Trace activities(const Trace& trace)

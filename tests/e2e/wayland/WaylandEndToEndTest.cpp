@@ -2,6 +2,7 @@
 // records while each is frontmost.
 
 #include "support/HeadlessWaylandDesktop.h"
+#include "support/TraceFile.h"
 #include "support/WaitUntil.h"
 
 #include <gtest/gtest.h>
@@ -25,7 +26,6 @@ namespace vardel::testing {
 namespace {
 
 using namespace std::chrono_literals;
-using Trace = std::vector<nlohmann::json>;
 
 constexpr const char* pageTitle = "Vardel Wayland Page";
 constexpr const char* contractAppId = "vardel-contract-application";
@@ -57,18 +57,6 @@ bool acceptsConnections(int port)
     bool connected = ::connect(socket, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
     ::close(socket);
     return connected;
-}
-
-// The events of the trace so far; a last line the tracker is still writing is left for later.
-Trace readTrace(const std::filesystem::path& path)
-{
-    Trace events;
-    std::ifstream file(path);
-    for (std::string line; std::getline(file, line) && !file.eof();) {
-        if (!line.empty())
-            events.push_back(nlohmann::json::parse(line));
-    }
-    return events;
 }
 
 std::optional<nlohmann::json> lastActivity(const Trace& trace)
