@@ -1,8 +1,9 @@
-// A session bus that restarts under the tracker: it keeps running and reaches the new bus's
-// notification server.
+// The notification centre against a session bus and a notification server of the test's own: what
+// the server can show decides the permission, and a bus that restarts is followed.
+
+#include "platform/linux/DesktopNotificationCenter.h"
 
 #include "platform/JsonLinesTrace.h"
-#include "platform/linux/DesktopNotificationCenter.h"
 #include "platform/linux/StandardErrorLog.h"
 #include "support/TemporaryFolder.h"
 #include "support/WaitUntil.h"
@@ -12,6 +13,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
+#include <gio/gio.h>
 #include <spawn.h>
 #include <sys/wait.h>
 
@@ -51,7 +53,7 @@ std::string readText(const std::filesystem::path& path)
 }
 
 // A session bus and a notification server that records what it is asked, both of the test's own.
-class SessionBusRestartTest : public ::testing::Test {
+class DesktopNotificationCenterTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
@@ -71,13 +73,13 @@ protected:
             setenv("DBUS_SESSION_BUS_ADDRESS", previousAddress_.c_str(), 1);
     }
 
-    void startBus()
+    void startBus(const std::string& capabilities = "body actions")
     {
         std::filesystem::remove(socket_);
         bus_ = spawn({ "dbus-daemon", "--session", "--nofork", "--address=" + address_ });
         ASSERT_TRUE(testing::waitUntil([this] { return std::filesystem::exists(socket_); }, 10s));
         server_ = spawn({ "/usr/bin/python3", "-m", "dbusmock", "--template", "notification_daemon", "-p",
-            R"({"capabilities": "body actions"})", "-l", serverLog().string() });
+            R"({"capabilities": ")" + capabilities + R"("})", "-l", serverLog().string() });
         ASSERT_TRUE(testing::waitUntil(
             [] {
                 return std::system("gdbus call --session -d org.freedesktop.Notifications -o "
@@ -99,9 +101,40 @@ protected:
     int buses_ = 0;
 };
 
+// The answer to a permission request, which comes on the GLib main context.
+std::optional<bool> permissionOf(DesktopNotificationCenter& notifications)
+{
+    std::optional<bool> granted;
+    notifications.requestPermission([&](bool answer) { granted = answer; });
+    testing::waitUntil(
+        [&] {
+            while (g_main_context_iteration(nullptr, FALSE)) { }
+            return granted.has_value();
+        },
+        10s, 10ms);
+    return granted;
+}
+
 } // namespace
 
-TEST_F(SessionBusRestartTest, NotificationsReachTheServerOfTheNewBus)
+// A server that shows no buttons cannot offer the call's actions: that is a refusal, and the
+// tracker opens the editor instead.
+TEST_F(DesktopNotificationCenterTest, PermissionIsGrantedOnlyByAServerWithActions)
+{
+    JsonLinesTrace trace([] { return 0.0; });
+    StandardErrorLog log(trace);
+    DesktopNotificationCenter withActions(trace, log, std::nullopt);
+    EXPECT_EQ(permissionOf(withActions), std::optional<bool>(true));
+
+    stop(server_);
+    stop(bus_);
+    ++buses_;
+    startBus("body");
+    DesktopNotificationCenter withoutActions(trace, log, std::nullopt);
+    EXPECT_EQ(permissionOf(withoutActions), std::optional<bool>(false));
+}
+
+TEST_F(DesktopNotificationCenterTest, NotificationsReachTheServerOfTheNewBus)
 {
     JsonLinesTrace trace([] { return 0.0; });
     StandardErrorLog log(trace);
