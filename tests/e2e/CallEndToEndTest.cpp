@@ -116,6 +116,33 @@ protected:
         return application;
     }
 
+    // The editor shows the call; the user makes it two minutes long (shorter entries are refused)
+    // and saves it into the store, where `vardel entries` finds it.
+    void saveTheCallInTheEditor(const std::string& titleStart)
+    {
+        atspi::connect();
+        auto title = atspi::waitForElement("vardel-dialog", ATSPI_ROLE_TEXT, "Title");
+        auto start = atspi::waitForElement("vardel-dialog", ATSPI_ROLE_TEXT, "Start");
+        auto end = atspi::waitForElement("vardel-dialog", ATSPI_ROLE_TEXT, "End");
+        auto save = atspi::waitForElement("vardel-dialog", ATSPI_ROLE_PUSH_BUTTON, "Save");
+        ASSERT_TRUE(title && start && end && save) << "the editor's fields did not show";
+        std::string shownTitle = atspi::textOf(title.get());
+        EXPECT_TRUE(shownTitle.starts_with(titleStart)) << shownTitle;
+        atspi::type(end.get(), localTimeAfter(atspi::textOf(start.get()), 120));
+        atspi::press(save.get());
+        waitForTrace([](const Trace& trace) {
+            return std::any_of(
+                trace.begin(), trace.end(), [](const auto& event) { return event["event"] == "timeEntry"; });
+        });
+        ::setenv("VARDEL_DATA_DIR", (folder_ / "data").c_str(), 1);
+        auto listed
+            = nlohmann::json::parse(desktop().run(VARDEL_BUILD_DIR "/vardel", { "entries", "--json" }), nullptr, false);
+        ASSERT_TRUE(listed.is_object()) << listed;
+        ASSERT_EQ(listed["entries"].size(), 1u) << listed;
+        EXPECT_EQ(listed["entries"][0]["title"], shownTitle);
+        EXPECT_EQ(listed["entries"][0]["seconds"], 120);
+    }
+
     void TearDown() override
     {
         if (suite_)
@@ -126,7 +153,7 @@ protected:
     std::filesystem::path notificationLog_;
 };
 
-TEST_F(CallEndToEndTest, ChromiumCallIsDetectedEndsAndIsOfferedWithItsActions)
+TEST_F(CallEndToEndTest, ChromiumCallIsDetectedOfferedWithItsActionsAndStored)
 {
     startNotificationServer();
     startCallTracker();
@@ -144,9 +171,9 @@ TEST_F(CallEndToEndTest, ChromiumCallIsDetectedEndsAndIsOfferedWithItsActions)
         { "createTaskForCall", "reportFalsePositive", "doNotAskAgain", "doNotAskAgainForThisApp" })
         EXPECT_NE(shown.find(action), std::string::npos) << action << " is not among the actions: " << shown;
 
-    chooseAction("doNotAskAgainForThisApp");
-    EXPECT_TRUE(waitUntil([this] { return preferencesText().find("org.chromium.Chromium") != std::string::npos; }, 10s))
-        << preferencesText();
+    chooseAction("createTaskForCall");
+    waitForTrace(hasEditorEvent);
+    saveTheCallInTheEditor("Chromium");
 }
 
 TEST_F(CallEndToEndTest, BrowserMeetingSiteGivesServiceAndMeetingTitle)
@@ -166,7 +193,7 @@ TEST_F(CallEndToEndTest, BrowserMeetingSiteGivesServiceAndMeetingTitle)
     waitForTrace([](const Trace& trace) { return samplesWithRunningCallOf(trace, "Whereby call: Vardel") > 0; });
 }
 
-TEST_F(CallEndToEndTest, FirefoxCallIsDetectedAndOffered)
+TEST_F(CallEndToEndTest, FirefoxCallIsOfferedAndStoredFromTheNotification)
 {
     startNotificationServer();
     startCallTracker();
@@ -178,13 +205,9 @@ TEST_F(CallEndToEndTest, FirefoxCallIsDetectedAndOffered)
     auto trace = waitForTrace([](const Trace& trace) { return notificationIn(trace).has_value(); });
     EXPECT_NE(notificationIn(trace).value_or(nlohmann::json::object())["title"].get<std::string>().find("Firefox"),
         std::string::npos);
-    chooseAction("doNotAskAgain");
-    EXPECT_TRUE(waitUntil(
-        [this] {
-            return nlohmann::json::parse(preferencesText(), nullptr, false).value("callNotificationMode", 0) == 2;
-        },
-        10s))
-        << preferencesText();
+    chooseAction("createTaskForCall");
+    waitForTrace(hasEditorEvent);
+    saveTheCallInTheEditor("Firefox");
 }
 
 TEST_F(CallEndToEndTest, NativeCallIsOfferedAnsweredAfterARestartAndStored)
@@ -210,27 +233,32 @@ TEST_F(CallEndToEndTest, NativeCallIsOfferedAnsweredAfterARestartAndStored)
     chooseAction("createTaskForCall");
     waitForTrace(hasEditorEvent);
 
-    // The editor shows the call; the user makes it two minutes long (shorter entries are refused)
-    // and saves it into the store, where `vardel entries` finds it.
-    atspi::connect();
-    auto title = atspi::waitForElement("vardel-dialog", ATSPI_ROLE_TEXT, "Title");
-    auto start = atspi::waitForElement("vardel-dialog", ATSPI_ROLE_TEXT, "Start");
-    auto end = atspi::waitForElement("vardel-dialog", ATSPI_ROLE_TEXT, "End");
-    auto save = atspi::waitForElement("vardel-dialog", ATSPI_ROLE_PUSH_BUTTON, "Save");
-    ASSERT_TRUE(title && start && end && save) << "the editor's fields did not show";
-    EXPECT_EQ(atspi::textOf(title.get()), "Zoom call");
-    atspi::type(end.get(), localTimeAfter(atspi::textOf(start.get()), 120));
-    atspi::press(save.get());
-    waitForTrace([](const Trace& trace) {
-        return std::any_of(trace.begin(), trace.end(), [](const auto& event) { return event["event"] == "timeEntry"; });
-    });
-    ::setenv("VARDEL_DATA_DIR", (folder_ / "data").c_str(), 1);
-    auto listed
-        = nlohmann::json::parse(desktop().run(VARDEL_BUILD_DIR "/vardel", { "entries", "--json" }), nullptr, false);
-    ASSERT_TRUE(listed.is_object()) << listed;
-    ASSERT_EQ(listed["entries"].size(), 1u) << listed;
-    EXPECT_EQ(listed["entries"][0]["title"], "Zoom call");
-    EXPECT_EQ(listed["entries"][0]["seconds"], 120);
+    saveTheCallInTheEditor("Zoom call");
+}
+
+TEST_F(CallEndToEndTest, DontAskAgainForThisAppStopsTheNextOffer)
+{
+    startNotificationServer();
+    startCallTracker();
+    pid_t zoom = startZoomLookalike(/*records=*/true);
+    waitForTrace([](const Trace& trace) { return hasLongRunningCallOf(trace, "Zoom"); });
+    stop(zoom);
+    waitForTrace([](const Trace& trace) { return notificationIn(trace).has_value(); });
+    chooseAction("doNotAskAgainForThisApp");
+    EXPECT_TRUE(waitUntil([this] { return preferencesText().find("us.zoom.xos") != std::string::npos; }, 10s))
+        << preferencesText();
+
+    // The next call of the application is not even followed.
+    Trace earlier = readTrace(tracePath_);
+    size_t before = earlier.size();
+    zoom = startZoomLookalike(/*records=*/true);
+    auto trace = waitForTrace([&](const Trace& trace) { return samples(trace) >= samples(earlier) + 3; });
+    stop(zoom);
+    EXPECT_EQ(
+        std::count_if(trace.begin(), trace.end(), [](const auto& event) { return event["event"] == "notification"; }),
+        1);
+    for (size_t index = before; index < trace.size(); ++index)
+        EXPECT_FALSE(trace[index]["event"] == "sample" && trace[index]["calls"]["hasRunningCall"] == true);
 }
 
 TEST_F(CallEndToEndTest, MusicAloneIsNoCall)
