@@ -261,39 +261,6 @@ TEST_F(CallEndToEndTest, DontAskAgainForThisAppStopsTheNextOffer)
         EXPECT_FALSE(trace[index]["event"] == "sample" && trace[index]["calls"]["hasRunningCall"] == true);
 }
 
-// Entries shorter than a minute are refused, so the call must run longer than that: the tracker's
-// wall clock runs sixty times faster (libfaketime), its sampling keeps real time.
-TEST_F(CallEndToEndTest, CallSavedWithoutAskingIsInTheStore)
-{
-    auto preferences = folder_ / "config/vardel/preferences.json";
-    std::filesystem::create_directories(preferences.parent_path());
-    std::ofstream(preferences) << R"({"RunningCallDetector_immediatelySaveTimeEntriesForCalls": true,
-        "callNotificationMode": 2, "RunningCallDetector_thresholdForConsideringACallToBeOver": 200})";
-    startTracker({ { "XDG_CONFIG_HOME", (folder_ / "config").string() },
-        { "LD_PRELOAD", "/usr/lib/x86_64-linux-gnu/faketime/libfaketimeMT.so.1" }, { "FAKETIME", "+0 x60" },
-        { "FAKETIME_DONT_FAKE_MONOTONIC", "1" } });
-    pid_t zoom = startZoomLookalike(/*records=*/true);
-    waitForTrace([](const Trace& trace) { return hasLongRunningCallOf(trace, "Zoom"); });
-    stop(zoom);
-    waitForTrace([](const Trace& trace) {
-        return std::any_of(trace.begin(), trace.end(), [](const auto& event) { return event["event"] == "timeEntry"; });
-    });
-    ::setenv("VARDEL_DATA_DIR", (folder_ / "data").c_str(), 1);
-    auto listed
-        = nlohmann::json::parse(desktop().run(VARDEL_BUILD_DIR "/vardel", { "entries", "--json" }), nullptr, false);
-    // Minutes ahead, the tracker may have seen midnight already.
-    if (listed.is_object() && listed["entries"].empty()) {
-        std::string tomorrow = desktop().run("date", { "-d", "tomorrow", "+%F" });
-        tomorrow.erase(tomorrow.find_last_not_of('\n') + 1);
-        listed = nlohmann::json::parse(
-            desktop().run(VARDEL_BUILD_DIR "/vardel", { "entries", "--json", "--date", tomorrow }), nullptr, false);
-    }
-    ASSERT_TRUE(listed.is_object()) << listed;
-    ASSERT_EQ(listed["entries"].size(), 1u) << listed;
-    EXPECT_EQ(listed["entries"][0]["title"], "Zoom call");
-    EXPECT_GE(listed["entries"][0]["seconds"].get<double>(), 60);
-}
-
 TEST_F(CallEndToEndTest, MusicAloneIsNoCall)
 {
     startCallTracker();
