@@ -61,12 +61,7 @@ void wholeSample(benchmark::State& state)
     Platform::install(nullptr);
 }
 
-BENCHMARK(wholeSample)
-    ->Arg(5000)
-    ->Arg(50000)
-    ->Unit(benchmark::kMicrosecond)
-    ->Repetitions(5)
-    ->ReportAggregatesOnly(true);
+BENCHMARK(wholeSample)->Arg(5000)->Arg(50000)->Unit(benchmark::kMicrosecond);
 
 } // namespace
 } // namespace vardel

@@ -12,15 +12,9 @@ namespace vardel {
 namespace {
 
 using namespace vardel::testing;
-using Path = std::optional<std::vector<std::string>>;
+using OptionalPath = std::optional<std::vector<std::string>>;
 
-Json withId(Json element, const std::string& id)
-{
-    element["id"] = id;
-    return element;
-}
-
-Json text(const std::string& role, const std::string& value)
+Json valuedNode(const std::string& role, const std::string& value)
 {
     return node(role, { { "AXValue", value } });
 }
@@ -34,7 +28,7 @@ Json nested(const std::string& role, int levels, Json innermostChildren)
     return element;
 }
 
-Json webWindow(Json title, Json webAreaChildren)
+Json titledWebWindow(Json title, Json webAreaChildren)
 {
     return node("AXWindow", { { "AXTitle", std::move(title) } },
         { node("AXScrollArea", {}, { node("AXWebArea", {}, std::move(webAreaChildren)) }) });
@@ -123,13 +117,13 @@ TEST_F(DocumentExtractorsTest, NotesNamesTheSelectedNoteByItsTopmostLine)
     auto line = [](const std::string& value, int y) {
         return node("AXStaticText", { { "AXValue", value }, { "AXPosition", { { "point", { 0, y } } } } });
     };
-    EXPECT_EQ(notes({ line("9:41 Milk, eggs", 40), line("Groceries", 20) }, "Notes"), Path({ "Groceries" }));
+    EXPECT_EQ(notes({ line("9:41 Milk, eggs", 40), line("Groceries", 20) }, "Notes"), OptionalPath({ "Groceries" }));
 
     std::string longTitle(60, 'x');
-    EXPECT_EQ(notes({ line(longTitle, 20) }, "Notes"), Path({ std::string(49, 'x') + "\u2026" }));
+    EXPECT_EQ(notes({ line(longTitle, 20) }, "Notes"), OptionalPath({ std::string(49, 'x') + "\u2026" }));
 
     // An excerpt is no title; the window title stands in unless it is the application's name.
-    EXPECT_EQ(notes({ line("\u2026and then", 20) }, "Shopping"), Path({ "Shopping" }));
+    EXPECT_EQ(notes({ line("\u2026and then", 20) }, "Shopping"), OptionalPath({ "Shopping" }));
     EXPECT_EQ(notes({ line("\u2026and then", 20) }, "Notes"), std::nullopt);
 }
 
@@ -140,20 +134,20 @@ TEST_F(DocumentExtractorsTest, NotionCollectsTheBreadcrumbOfTheMainArea)
         node("AXGroup", {}, { node("AXLink", { { "AXTitle", "Orphan" } }) }) };
     auto notion = [&](Json branches, Json window = nullptr) {
         if (window.is_null())
-            window = webWindow("Roadmap", { nested("AXGroup", 3, std::move(branches)) });
+            window = titledWebWindow("Roadmap", { nested("AXGroup", 3, std::move(branches)) });
         return extract<NotionInfoExtractor>("notion.id", "Notion", window);
     };
     Json sidebar = node("AXGroup", {}, { nested("AXGroup", 3, { node("AXLink", { { "AXDescription", "Home" } }) }) });
     Json main = nested("AXGroup", 3, { node("AXGroup", {}, items) });
     auto details = notion({ sidebar, node("AXButton"), main });
-    EXPECT_EQ(details.contextPath, Path({ "Team", "Roadmap" }));
+    EXPECT_EQ(details.contextPath, OptionalPath({ "Team", "Roadmap" }));
     EXPECT_EQ(details.documentPath, std::nullopt);
 
     // Without a second branch the window title is the document.
     details = notion({ main });
     EXPECT_EQ(details.contextPath, std::nullopt);
     EXPECT_EQ(details.documentPath, "Roadmap");
-    Json withDocument = webWindow("Roadmap", {});
+    Json withDocument = titledWebWindow("Roadmap", {});
     withDocument["AXDocument"] = "https://www.notion.so/roadmap";
     EXPECT_EQ(notion({}, withDocument).documentPath, "https://www.notion.so/roadmap");
 }
@@ -162,15 +156,15 @@ TEST_F(DocumentExtractorsTest, GitHubDesktopReadsTheCurrentRepositoryButton)
 {
     auto button = [](Json classes, const std::string& name) {
         Json lines = node("AXGroup", {},
-            { node("AXGroup", {}, { text("AXStaticText", "Current Repository") }),
-                node("AXGroup", {}, { text("AXStaticText", name) }) });
+            { node("AXGroup", {}, { valuedNode("AXStaticText", "Current Repository") }),
+                node("AXGroup", {}, { valuedNode("AXStaticText", name) }) });
         return node("AXGroup", { { "AXDOMClassList", std::move(classes) } }, { node("AXButton", {}, { lines }) });
     };
     auto gitHub = [](Json toolbarItems) {
         Json toolbar = node("AXGroup", { { "AXDOMIdentifier", "desktop-app-toolbar" } }, std::move(toolbarItems));
         Json contents = node("AXGroup", { { "AXDOMIdentifier", "desktop-app-contents" } }, { toolbar });
         Json app = nested("AXGroup", 3, { node("AXGroup", { { "AXDOMIdentifier", "title-bar" } }), contents });
-        return webWindow("GitHub Desktop", { app });
+        return titledWebWindow("GitHub Desktop", { app });
     };
     auto path = [this](Json window) {
         return extract<GitHubDesktopInfoExtractor>("com.github.GitHubClient", "GitHub Desktop", window).contextPath;
@@ -178,7 +172,7 @@ TEST_F(DocumentExtractorsTest, GitHubDesktopReadsTheCurrentRepositoryButton)
     EXPECT_EQ(path(gitHub({ button({ "toolbar-dropdown", "toolbar-buttons" }, "not this"),
                   button({ "toolbar-button", "repository" }, "vardel-tracker"),
                   button({ "toolbar-button", "branch" }, "main") })),
-        Path({ "vardel-tracker" }));
+        OptionalPath({ "vardel-tracker" }));
     EXPECT_EQ(path(gitHub({ button({ "toolbar-button" }, "") })), std::nullopt);
     EXPECT_EQ(path(gitHub({ button("toolbar-button", "vardel-tracker") })), std::nullopt);
 }
@@ -187,7 +181,7 @@ TEST_F(DocumentExtractorsTest, TheAssistiveTechnologyFlagIsForcedOnlyWhereItMust
 {
     Json allowed = { { "advancedAccessibilityTrackingEnabled", true } };
     auto forcedWrites = [&](const std::string& bundleIdentifier, auto write) {
-        VDActivity activity = sample(bundleIdentifier, "App", webWindow("Page", {}), allowed);
+        VDActivity activity = sample(bundleIdentifier, "App", titledWebWindow("Page", {}), allowed);
         write(activity);
         return events("process").size();
     };
@@ -224,33 +218,34 @@ protected:
 
 TEST_F(FinalCutTest, TheTopmostOutlineComesFirstThenTheSplitOutline)
 {
-    Json libraryRows = { row("library", { text("AXTextField", "Library") }),
-        row("event", { node("AXCell", {}, { text("AXStaticText", "Event 1") }) }, ref("library")),
+    Json libraryRows = { row("library", { valuedNode("AXTextField", "Library") }),
+        row("event", { node("AXCell", {}, { valuedNode("AXStaticText", "Event 1") }) }, ref("library")),
         row("unnamed", { node("AXImage") }, ref("event")) };
     Json library = node(
         "AXScrollArea", { { "AXContents", { ref("sidebar") } } }, { outline("sidebar", libraryRows, "unnamed") });
     Json lower = node("AXScrollArea", { { "AXContents", { ref("lower") } } },
-        { outline("lower", { row("lowerRow", { text("AXTextField", "Too low") }) }, "lowerRow") });
+        { outline("lower", { row("lowerRow", { valuedNode("AXTextField", "Too low") }) }, "lowerRow") });
     Json projects = node("AXSplitGroup", {},
         { node("AXScrollArea", {},
-            { outline("projects", { row("project", { node("AXGroup", {}, { text("AXStaticText", "Cut A") }) }) },
+            { outline("projects", { row("project", { node("AXGroup", {}, { valuedNode("AXStaticText", "Cut A") }) }) },
                 "project") }) });
     Json panes = { pane(500, { lower }), pane(0, { library, projects }) };
     auto details = extract<FinalCutInfoExtractor>("com.apple.FinalCut", "Final Cut Pro", window(panes));
-    EXPECT_EQ(details.contextPath, Path({ "Library", "Event 1", "Cut A" }));
+    EXPECT_EQ(details.contextPath, OptionalPath({ "Library", "Event 1", "Cut A" }));
 }
 
 TEST_F(FinalCutTest, AnEarlierPathStaysAndCircularAncestryEnds)
 {
-    Json rows = { row("a", { text("AXTextField", "A") }, ref("b")), row("b", { text("AXTextField", "B") }, ref("a")) };
+    Json rows = { row("a", { valuedNode("AXTextField", "A") }, ref("b")),
+        row("b", { valuedNode("AXTextField", "B") }, ref("a")) };
     Json area = node("AXScrollArea", { { "AXContents", { ref("circle") } } }, { outline("circle", rows, "a") });
     VDActivity activity = sample("com.apple.FinalCut", "Final Cut Pro", window({ pane(0, { area }) }));
     FinalCutInfoExtractor::writeDetailsForActivity(activity);
-    EXPECT_EQ(activity.details.contextPath, Path({ "B", "A" }));
+    EXPECT_EQ(activity.details.contextPath, OptionalPath({ "B", "A" }));
 
     activity.details.contextPath = { "Earlier" };
     FinalCutInfoExtractor::writeDetailsForActivity(activity);
-    EXPECT_EQ(activity.details.contextPath, Path({ "Earlier" }));
+    EXPECT_EQ(activity.details.contextPath, OptionalPath({ "Earlier" }));
 }
 
 class ChatGPTTest : public DocumentExtractorsTest {
@@ -266,7 +261,7 @@ protected:
             "AXGroup", {}, { node("AXSplitGroup", {}, { node("AXList"), node("AXSplitter"), node("AXScrollArea") }) });
     }
 
-    Path conversation(const std::string& title, Json toolbarItems, bool withArea = true)
+    OptionalPath conversation(const std::string& title, Json toolbarItems, bool withArea = true)
     {
         Json children = Json::array({ node("AXToolbar", {}, std::move(toolbarItems)) });
         if (withArea)
@@ -281,23 +276,23 @@ TEST_F(ChatGPTTest, TheTitleComesFromWideToolbarItemsThatAreNotTheApplication)
 {
     Json items
         = { item("Sidebar", 30), item("Exactly fifty", 50), item("ChatGPT 4o", 120), item("Trip planning", 200) };
-    EXPECT_EQ(conversation("ChatGPT", items), Path({ "Trip planning" }));
+    EXPECT_EQ(conversation("ChatGPT", items), OptionalPath({ "Trip planning" }));
     // Only the application's own spelling is skipped.
-    EXPECT_EQ(conversation("ChatGPT", { item("chatgpt tips", 200) }), Path({ "chatgpt tips" }));
+    EXPECT_EQ(conversation("ChatGPT", { item("chatgpt tips", 200) }), OptionalPath({ "chatgpt tips" }));
 }
 
 TEST_F(ChatGPTTest, WindowAndToolbarTitlesAreCombinedWithoutRepeats)
 {
-    EXPECT_EQ(conversation("Trip planning", { item("Trip planning", 200) }), Path({ "Trip planning" }));
-    EXPECT_EQ(conversation("Work", { item("Trip planning", 200) }), Path({ "Work, Trip planning" }));
+    EXPECT_EQ(conversation("Trip planning", { item("Trip planning", 200) }), OptionalPath({ "Trip planning" }));
+    EXPECT_EQ(conversation("Work", { item("Trip planning", 200) }), OptionalPath({ "Work, Trip planning" }));
     EXPECT_EQ(conversation("Work, Trip planning", { item("Trip planning, Day 2", 200) }),
-        Path({ "Work, Trip planning, Day 2" }));
-    EXPECT_EQ(conversation("Trip planning", {}), Path({ "Trip planning" }));
+        OptionalPath({ "Work, Trip planning, Day 2" }));
+    EXPECT_EQ(conversation("Trip planning", {}), OptionalPath({ "Trip planning" }));
 }
 
 TEST_F(ChatGPTTest, NewChatOnlyWhenTheConversationAreaIsThere)
 {
-    EXPECT_EQ(conversation("ChatGPT", { item("ChatGPT 4o", 120) }), Path({ "New Chat" }));
+    EXPECT_EQ(conversation("ChatGPT", { item("ChatGPT 4o", 120) }), OptionalPath({ "New Chat" }));
     EXPECT_EQ(conversation("ChatGPT", { item("ChatGPT 4o", 120) }, false), std::nullopt);
 }
 

@@ -11,22 +11,6 @@ namespace {
 using namespace vardel::testing;
 using Texts = std::vector<std::string>;
 
-Json withId(Json element, const std::string& id)
-{
-    element["id"] = id;
-    return element;
-}
-
-Json text(const std::string& value)
-{
-    return node("AXStaticText", { { "AXValue", value } });
-}
-
-Json group(Json children, Json attributes = Json::object())
-{
-    return node("AXGroup", std::move(attributes), std::move(children));
-}
-
 class MailExtractorsTest : public ScriptedDesktopTest {
 protected:
     // Samples the application with the window "main" in front (and "focused" when there are two
@@ -64,9 +48,9 @@ Json recipientToken(const std::string& value, const std::string& subrole = "AXTe
 
 Json composeFields(Json recipients, Json subject, Json sender = "Jane <jane@example.com>")
 {
-    return { text("To:"), node("AXTextField", {}, std::move(recipients)), text("Cc:"), node("AXTextField"),
+    return { staticText("To:"), node("AXTextField", {}, std::move(recipients)), staticText("Cc:"), node("AXTextField"),
         node("AXPopUpButton", { { "AXValue", "Normal priority" } }), node("AXPopUpButton", { { "AXValue", sender } }),
-        text("Subject:"), node("AXTextField", { { "AXValue", std::move(subject) } }) };
+        staticText("Subject:"), node("AXTextField", { { "AXValue", std::move(subject) } }) };
 }
 
 TEST_F(MailExtractorsTest, MailComposeWindowGivesSenderRecipientsAndSubject)
@@ -86,14 +70,14 @@ TEST_F(MailExtractorsTest, MailComposeWindowGivesSenderRecipientsAndSubject)
 
 TEST_F(MailExtractorsTest, MailSkipsWindowsThatAreNotComposeHeaders)
 {
-    Json viewer = mailWindow("main", { text("Inbox"), node("AXTextField"), node("AXTextField") });
+    Json viewer = mailWindow("main", { staticText("Inbox"), node("AXTextField"), node("AXTextField") });
     Json compose = mailWindow("focused", composeFields({ recipientToken("ann@example.com") }, "Plans"));
     auto activity = extract<MailWritingInfoExtractor>("com.apple.mail", { viewer, compose });
     EXPECT_EQ(activity.details.contextPath, Texts({ "From: Jane <jane@example.com>", "To: ann@example.com", "Plans" }));
 
-    for (Json fields :
-        { Json { text("To:"), node("AXTextField") }, Json { text("To:"), text("x"), node("AXTextField") },
-            Json { node("AXTextField"), node("AXTextField"), node("AXTextField") } }) {
+    for (Json fields : { Json { staticText("To:"), node("AXTextField") },
+             Json { staticText("To:"), staticText("x"), node("AXTextField") },
+             Json { node("AXTextField"), node("AXTextField"), node("AXTextField") } }) {
         activity = extract<MailWritingInfoExtractor>("com.apple.mail", { mailWindow("main", fields) });
         EXPECT_FALSE(activity.details.contextPath) << fields;
     }
@@ -123,7 +107,7 @@ TEST_F(MailExtractorsTest, MimestreamMainWindowGivesMailboxAndSelectedMessage)
         Json row = withId(
             node("AXRow", {},
                 { node("AXCell", {},
-                    { node("AXImage"), text(prefix + "Jane"),
+                    { node("AXImage"), staticText(prefix + "Jane"),
                         node("AXStaticText", { { "AXIdentifier", "_NS:129" }, { "AXValue", prefix + "Lunch?" } }) }) }),
             prefix + "row");
         return node("AXScrollArea", {},
@@ -222,11 +206,11 @@ Json outlookMessageWindow(const std::string& id, const std::string& title, Json 
 
 TEST_F(MailExtractorsTest, OutlookMessageWindowGivesTitlePartsSenderAndSubject)
 {
-    Json header = group({ text("Budget"),
+    Json header = group({ staticText("Budget"),
                             node("AXScrollArea", {},
                                 { node("AXStaticText", {}, { node("AXButton", { { "AXValue", "Jane Doe" } }) }) }) },
         { { "AXIdentifier", "HeaderMainContainer" } });
-    Json composeForm = { node("AXScrollArea", {}, { node("AXTextField", {}, { text("Bob Smith") }) }),
+    Json composeForm = { node("AXScrollArea", {}, { node("AXTextField", {}, { staticText("Bob Smith") }) }),
         node("AXTextField", { { "AXValue", "Draft" } }) };
 
     auto activity = extract<NewOutlookInfoExtractor>("com.microsoft.Outlook",
@@ -257,16 +241,16 @@ Json sparkWindow(Json header)
 {
     Json messageView = group({ group({ std::move(header) }) });
     Json page = node("AXWebArea", { { "AXTitle", "Spark" } },
-        { group(
-            { group({ group({ group({ text("list") }), group({ group({ text("folders") }), messageView }) }) }) }) });
+        { group({ group({ group(
+            { group({ staticText("list") }), group({ group({ staticText("folders") }), messageView }) }) }) }) });
     return withId(node("AXWindow", {}, { node("AXScrollArea", {}, { page }) }), "main");
 }
 
 Json sparkHeader(Json avatarClasses)
 {
-    Json avatar = group({ text("JD") }, { { "AXDOMClassList", std::move(avatarClasses) } });
-    return group({ group({ text(""), text("Quarterly report") }),
-        group({ avatar, group({ text(""), text("Jane Doe") }), text("to me") }) });
+    Json avatar = group({ staticText("JD") }, { { "AXDOMClassList", std::move(avatarClasses) } });
+    return group({ group({ staticText(""), staticText("Quarterly report") }),
+        group({ avatar, group({ staticText(""), staticText("Jane Doe") }), staticText("to me") }) });
 }
 
 TEST_F(MailExtractorsTest, SparkGivesSubjectAndSenderFromTheMessageHeader)

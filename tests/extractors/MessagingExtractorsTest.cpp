@@ -12,20 +12,6 @@ namespace {
 using namespace vardel::testing;
 using Path = std::vector<std::string>;
 
-Json withId(Json made, const std::string& id)
-{
-    made["id"] = id;
-    return made;
-}
-
-Json group(Json children)
-{
-    return node("AXGroup", {}, std::move(children));
-}
-Json text(const std::string& value)
-{
-    return node("AXStaticText", { { "AXValue", value } });
-}
 Json heading(const std::string& description)
 {
     return node("AXHeading", { { "AXDescription", description } });
@@ -48,10 +34,10 @@ Json cycle(const std::string& id)
 // Signal's layout down to the conversation header, with siblings that must not be taken.
 Json signalWindow(const std::string& id, Json headerChildren)
 {
-    Json stack = group({ group({ group(std::move(headerChildren)), group({ text("Composer") }) }), group({}) });
+    Json stack = group({ group({ group(std::move(headerChildren)), group({ staticText("Composer") }) }), group({}) });
     Json panel = node("AXGroup", { { "AXSubrole", "AXTabPanel" } }, { stack });
     Json tabs = node("AXGroup", { { "AXDOMClassList", { "NavTabs", "NavTabs__Container" } } },
-        { group({ group({ text("Chats list") }) }), panel });
+        { group({ group({ staticText("Chats list") }) }), panel });
     Json app = node("AXGroup", { { "AXDOMIdentifier", "app-container" } }, { group({ tabs }) });
     return webWindow(id, { group({ app }) });
 }
@@ -188,10 +174,11 @@ TEST_F(MessagingExtractorsTest, DiscordKeepsServerAndChannelOfItsTitle)
 TEST_F(MessagingExtractorsTest, ChimeTakesTheFirstNamedStaticTextOfTheConversationPane)
 {
     Json call = node("AXButton", { { "AXValue", "Call" } });
-    Json silent
-        = node("AXSplitGroup", {}, { node("AXScrollArea"), group({ text(""), call }), group({ text("Pane") }) });
-    Json named = node("AXSplitGroup", {}, { group({ call, text(""), text("Team Standup"), text("Later") }) });
-    Json windows = { withId(node("AXWindow", {}, { group({ text("No split") }) }), "plain"),
+    Json silent = node(
+        "AXSplitGroup", {}, { node("AXScrollArea"), group({ staticText(""), call }), group({ staticText("Pane") }) });
+    Json named = node(
+        "AXSplitGroup", {}, { group({ call, staticText(""), staticText("Team Standup"), staticText("Later") }) });
+    Json windows = { withId(node("AXWindow", {}, { group({ staticText("No split") }) }), "plain"),
         withId(node("AXWindow", {}, { silent }), "silent"), withId(node("AXWindow", {}, { named }), "named") };
     EXPECT_EQ(fromWindows<AmazonChimeInfoExtractor>("com.amazon.Amazon-Chime", windows).contextPath,
         Path({ "Team Standup" }));
@@ -203,17 +190,18 @@ TEST_F(MessagingExtractorsTest, SignalReadsTheConversationHeader)
         return fromWindows<SignalInfoExtractor>("org.whispersystems.signal-desktop", std::move(windows)).contextPath;
     };
     Json button = node("AXButton", { { "AXTitle", "\u200EJane Doe\u200F" } });
-    EXPECT_EQ(signal({ withId(node("AXWindow"), "plain"), signalWindow("main", { text("Muted"), button }) }),
+    EXPECT_EQ(signal({ withId(node("AXWindow"), "plain"), signalWindow("main", { staticText("Muted"), button }) }),
         Path({ "Jane Doe" }));
     // An unnamed button gives way to the static text; a label stands in for a missing title.
-    EXPECT_EQ(signal({ signalWindow("main", { node("AXButton"), text("Book club") }) }), Path({ "Book club" }));
+    EXPECT_EQ(signal({ signalWindow("main", { node("AXButton"), staticText("Book club") }) }), Path({ "Book club" }));
     button = node("AXButton", { { "AXValue", "" }, { "AXDescription", "Mum" } });
-    EXPECT_EQ(signal({ signalWindow("main", { button, text("Ignored") }) }), Path({ "Mum" }));
+    EXPECT_EQ(signal({ signalWindow("main", { button, staticText("Ignored") }) }), Path({ "Mum" }));
     // A name of invisible characters only counts as none, and the next window is asked.
-    EXPECT_EQ(signal({ signalWindow("first", { text("\u200E\u200F") }), signalWindow("second", { text("Dad") }) }),
+    EXPECT_EQ(signal({ signalWindow("first", { staticText("\u200E\u200F") }),
+                  signalWindow("second", { staticText("Dad") }) }),
         Path({ "Dad" }));
 
-    Json renamed = signalWindow("main", { text("Jane") });
+    Json renamed = signalWindow("main", { staticText("Jane") });
     renamed["children"][0]["children"][0]["children"][0]["children"][0]["AXDOMIdentifier"] = "root";
     EXPECT_FALSE(signal({ renamed }));
     Json cyclic = cycle("app");
@@ -236,13 +224,13 @@ TEST_F(MessagingExtractorsTest, WhatsAppPrefersTheNativeHeadingToTheWebHeader)
 
     // Web content is read only when no window has a native name.
     Json button = node("AXButton", { { "AXValue", "" }, { "AXDescription", "\u200EDad" } });
-    EXPECT_EQ(whatsApp("net.whatsapp.WhatsApp", { webWhatsAppWindow("main", { button, text("online") }) }, true),
+    EXPECT_EQ(whatsApp("net.whatsapp.WhatsApp", { webWhatsAppWindow("main", { button, staticText("online") }) }, true),
         Path({ "Dad" }));
     EXPECT_EQ(events("process").size(), 1u);
-    EXPECT_EQ(
-        whatsApp("WhatsApp", { webWhatsAppWindow("main", { node("AXButton"), text("Mum") }) }, true), Path({ "Mum" }));
+    EXPECT_EQ(whatsApp("WhatsApp", { webWhatsAppWindow("main", { node("AXButton"), staticText("Mum") }) }, true),
+        Path({ "Mum" }));
     EXPECT_TRUE(events("process").empty());
-    Json windows = { webWhatsAppWindow("web", { text("Web") }), nativeWhatsAppWindow("native", "Native") };
+    Json windows = { webWhatsAppWindow("web", { staticText("Web") }), nativeWhatsAppWindow("native", "Native") };
     EXPECT_EQ(whatsApp("net.whatsapp.WhatsApp", windows, true), Path({ "Native" }));
     EXPECT_TRUE(events("process").empty());
 

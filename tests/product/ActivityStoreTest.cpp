@@ -5,7 +5,9 @@
 #include "product/DatabaseWrapper.h"
 #include "product/InfoLogger.h"
 #include "product/IntegrationsUpdater.h"
+#include "support/RecordedActivities.h"
 #include "support/ScriptedDesktopTest.h"
+#include "support/SqliteQuery.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -20,23 +22,11 @@ namespace vardel {
 namespace {
 
 using testing::Json;
+using testing::querySql;
 
-// 2026-01-05T09:00:00Z, the scripted desktop's default start.
-constexpr double nine = 1767603600;
-
-Date at(double secondsAfterNine)
-{
-    return Date { nine + secondsAfterNine };
-}
-
-RecordedActivity inApplication(const std::string& name, std::optional<std::string> windowTitle = std::nullopt)
-{
-    RecordedActivity activity;
-    activity.bundleIdentifier = "com.example." + name;
-    activity.applicationName = name;
-    activity.windowTitle = std::move(windowTitle);
-    return activity;
-}
+using testing::at;
+using testing::inApplication;
+using testing::nine;
 
 ActivitySpan span(double from, double to, RecordedActivity activity)
 {
@@ -54,27 +44,6 @@ std::vector<ActivitySpan> storedSpans(const std::filesystem::path& folder)
     for (ActivitySpan& each : stored)
         each.id.reset();
     return stored;
-}
-
-std::string querySql(const std::filesystem::path& file, const std::string& sql)
-{
-    sqlite3* connection = nullptr;
-    sqlite3_open(file.c_str(), &connection);
-    std::string result;
-    char* error = nullptr;
-    sqlite3_exec(
-        connection, sql.c_str(),
-        [](void* into, int, char** values, char**) {
-            *static_cast<std::string*>(into) = values[0] ? values[0] : "NULL";
-            return 0;
-        },
-        &result, &error);
-    if (error) {
-        result = std::string("error: ") + error;
-        sqlite3_free(error);
-    }
-    sqlite3_close(connection);
-    return result;
 }
 
 // Always the same frontmost application.

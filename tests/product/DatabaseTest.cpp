@@ -3,18 +3,19 @@
 #include "platform/ValueJson.h"
 #include "product/DatabaseWrapper.h"
 #include "support/ScriptedDesktopTest.h"
+#include "support/SqliteQuery.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <fstream>
 #include <iterator>
-#include <sqlite3.h>
 
 namespace vardel {
 namespace {
 
 using testing::Json;
+using testing::querySql;
 
 Date at(const std::string& iso8601)
 {
@@ -25,23 +26,6 @@ TaskActivityDescriptor entry(const std::string& title, const std::string& from, 
     std::optional<std::string> project = std::nullopt)
 {
     return { at(from), at(to), title, std::move(project) };
-}
-
-// Runs SQL on the file through a connection of its own, as another program would.
-std::string querySql(const std::filesystem::path& file, const std::string& sql)
-{
-    sqlite3* connection = nullptr;
-    sqlite3_open(file.c_str(), &connection);
-    std::string result;
-    sqlite3_exec(
-        connection, sql.c_str(),
-        [](void* into, int, char** values, char**) {
-            *static_cast<std::string*>(into) = values[0] ? values[0] : "NULL";
-            return 0;
-        },
-        &result, nullptr);
-    sqlite3_close(connection);
-    return result;
 }
 
 std::string contents(const std::filesystem::path& file)

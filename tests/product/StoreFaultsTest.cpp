@@ -5,6 +5,7 @@
 #include "product/DamagedStores.h"
 #include "product/DatabaseBackups.h"
 #include "product/DatabaseWrapper.h"
+#include "support/RecordedActivities.h"
 #include "support/ScriptedDesktopTest.h"
 #include "support/TemporaryFolder.h"
 
@@ -19,21 +20,8 @@ namespace {
 
 using testing::Json;
 
-// 2026-01-05T09:00:00Z, the scripted desktop's default start.
-constexpr double nine = 1767603600;
-
-Date at(double secondsAfterNine)
-{
-    return Date { nine + secondsAfterNine };
-}
-
-RecordedActivity inApplication(const std::string& name)
-{
-    RecordedActivity activity;
-    activity.bundleIdentifier = "com.example." + name;
-    activity.applicationName = name;
-    return activity;
-}
+using testing::at;
+using testing::inApplication;
 
 class StoreFaultsTest : public testing::ScriptedDesktopTest {
 protected:

@@ -9,8 +9,6 @@ namespace {
 using namespace vardel::testing;
 using Json = nlohmann::ordered_json;
 
-const std::filesystem::path scenarios = VARDEL_SCENARIOS_DIR;
-
 TEST(CallScenarioTest, AnEndedCallIsOfferedAndTheAcceptedEntryIsStored)
 {
     auto dataFolder = std::filesystem::temp_directory_path() / ("vardel-call-" + std::to_string(::getpid()));

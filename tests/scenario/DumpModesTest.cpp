@@ -9,7 +9,7 @@ using namespace vardel::testing;
 using Json = nlohmann::ordered_json;
 namespace fs = std::filesystem;
 
-const fs::path scenario = fs::path(VARDEL_SCENARIOS_DIR) / "dumps" / "desktop.json";
+const fs::path dumpsScenario = scenarios / "dumps" / "desktop.json";
 
 struct DumpRun : TrackerRun {
     std::string standardOutput;
@@ -29,7 +29,7 @@ protected:
     DumpRun runWith(const std::vector<std::string>& arguments)
     {
         std::string command = "HOME=" + quoted((folder_ / "home").string())
-            + " XDG_CONFIG_HOME= VARDEL_DESKTOP=" + quoted(scenario.string())
+            + " XDG_CONFIG_HOME= VARDEL_DESKTOP=" + quoted(dumpsScenario.string())
             + " VARDEL_TRACE=" + quoted((folder_ / "trace.jsonl").string()) + " " + quoted(VARDEL_TRACKER_PATH);
         for (const std::string& argument : arguments)
             command += " " + quoted(argument);
@@ -89,7 +89,7 @@ TEST_F(DumpModesTest, TheIconIsCopiedOnceUnderTheBundlesIdentifierAndName)
     expectDumpEnded(first, 0);
     EXPECT_EQ(first.standardOutput, "");
     EXPECT_EQ(readFile(icons / "com.example.Sketcher Sketcher.icns"),
-        readFile(scenario.parent_path() / "Sketcher.app/Contents/Resources/Sketcher.icns"));
+        readFile(dumpsScenario.parent_path() / "Sketcher.app/Contents/Resources/Sketcher.icns"));
     // A name given with its extension is used as it is; a slash from the bundle cannot leave the folder.
     expectDumpEnded(runWith({ "--dumpApplicationIcon", "com.example/Painter" }), 0);
     EXPECT_TRUE(fs::exists(icons / "com.example_Painter Painter.icns"));
@@ -105,7 +105,7 @@ TEST_F(DumpModesTest, TheIconIsCopiedOnceUnderTheBundlesIdentifierAndName)
 
 TEST_F(DumpModesTest, AnIconThatCannotBeFoundIsReportedOnStandardOutput)
 {
-    std::string lostIcon = (scenario.parent_path() / "Lost.app/Contents/Resources/Lost.icns").string();
+    std::string lostIcon = (dumpsScenario.parent_path() / "Lost.app/Contents/Resources/Lost.icns").string();
     for (const auto& [bundleIdentifier, message] : std::vector<std::pair<std::string, std::string>> {
              { "com.example.Missing", "Application 'com.example.Missing' not found.\n" },
              { "com.example.Plain", "Application icon path for 'com.example.Plain' not found.\n" },

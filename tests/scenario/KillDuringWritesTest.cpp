@@ -3,6 +3,7 @@
 
 #include "platform/ValueJson.h"
 #include "product/Database.h"
+#include "support/SqliteQuery.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -16,7 +17,6 @@
 #include <iostream>
 #include <random>
 #include <spawn.h>
-#include <sqlite3.h>
 #include <sys/wait.h>
 #include <thread>
 
@@ -26,9 +26,10 @@ namespace vardel {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::querySql;
 using testing::TemporaryFolder;
 
-constexpr double scenarioStart = 1772440200; // 2026-03-02T08:30:00Z
+constexpr double longDayStart = 1772440200; // 2026-03-02T08:30:00Z
 constexpr int kills = 20;
 // The writer's interval and the sample that may have come after it.
 constexpr double longestLossSeconds = 31;
@@ -80,22 +81,6 @@ double lastSampleSecond(const fs::path& trace)
     return last;
 }
 
-std::string integrityOf(const fs::path& file)
-{
-    sqlite3* connection = nullptr;
-    sqlite3_open(file.c_str(), &connection);
-    std::string result;
-    sqlite3_exec(
-        connection, "PRAGMA integrity_check",
-        [](void* into, int, char** values, char**) {
-            *static_cast<std::string*>(into) += values[0] ? values[0] : "";
-            return 0;
-        },
-        &result, nullptr);
-    sqlite3_close(connection);
-    return result;
-}
-
 TEST(KillDuringWritesTest, EveryKillLosesAtMostTheLastWriteInterval)
 {
     TemporaryFolder temporary;
@@ -118,15 +103,15 @@ TEST(KillDuringWritesTest, EveryKillLosesAtMostTheLastWriteInterval)
         if (sampled < longestLossSeconds)
             continue; // killed before its first write was due: nothing to measure
 
-        ASSERT_EQ(integrityOf(data / Database::fileName), "ok") << "kill " << kill;
+        ASSERT_EQ(querySql(data / Database::fileName, "PRAGMA integrity_check"), "ok") << "kill " << kill;
         auto opened = Database::open(data);
         ASSERT_TRUE(opened.ok()) << opened.error().message;
-        auto spans = std::move(opened).value()->activitySpansInRange(
-            Date { scenarioStart }, Date { scenarioStart + 8 * 3600 });
+        auto spans
+            = std::move(opened).value()->activitySpansInRange(Date { longDayStart }, Date { longDayStart + 8 * 3600 });
         ASSERT_TRUE(spans.ok());
         double stored = 0;
         for (const ActivitySpan& span : spans.value())
-            stored = std::max(stored, span.end.secondsSince1970 - scenarioStart);
+            stored = std::max(stored, span.end.secondsSince1970 - longDayStart);
         double loss = sampled + 1 - stored;
         EXPECT_LE(loss, longestLossSeconds) << "kill " << kill << " after " << sampled << " s";
         losses.push_back(loss);

@@ -21,7 +21,7 @@ namespace {
 namespace fs = std::filesystem;
 using namespace vardel::testing;
 
-constexpr double scenarioStart = 1772440200; // 2026-03-02T08:30:00Z
+constexpr double replayStart = 1772440200; // 2026-03-02T08:30:00Z
 
 int replayHours()
 {
@@ -77,7 +77,7 @@ TEST(LongReplayTest, EverySecondRecordedIsStoredAndNothingLeaks)
     auto opened = Database::open(data);
     ASSERT_TRUE(opened.ok());
     auto spans = std::move(opened).value()->activitySpansInRange(
-        Date { scenarioStart }, Date { scenarioStart + hours * 3600.0 + 1 });
+        Date { replayStart }, Date { replayStart + hours * 3600.0 + 1 });
     ASSERT_TRUE(spans.ok());
     double storedSeconds = 0;
     for (const ActivitySpan& span : spans.value())

@@ -8,8 +8,6 @@ namespace {
 using namespace vardel::testing;
 using Json = nlohmann::ordered_json;
 
-const std::filesystem::path scenarios = VARDEL_SCENARIOS_DIR;
-
 TEST(MoreCallScenariosTest, AHuddleIsSavedWithItsTitleAndOpenedForCorrection)
 {
     TrackerRun run = runTracker(scenarios / "slack-huddle-saved.json");

@@ -12,8 +12,6 @@ namespace {
 namespace fs = std::filesystem;
 using namespace vardel::testing;
 
-const fs::path scenarios = VARDEL_SCENARIOS_DIR;
-
 // A run that records a call, stores its entry and writes analytics, from a session whose umask lets
 // everyone read what it creates, over a data folder an older version left readable.
 TEST(OwnerOnlyDataTest, EverythingARunLeavesInTheDataFolderIsTheOwnersAlone)

@@ -8,18 +8,19 @@ namespace {
 using namespace vardel::testing;
 namespace fs = std::filesystem;
 
-const fs::path scenario = fs::path(VARDEL_SCENARIOS_DIR) / "pm-dump.json";
+const fs::path assertionsScenario = scenarios / "pm-dump.json";
 
-struct DumpRun {
+struct AssertionsDump {
     TrackerRun run;
     std::string standardOutput;
     std::string traced;
 };
 
-DumpRun runWith(const std::string& arguments)
+AssertionsDump dumpWith(const std::string& arguments)
 {
     fs::path output = fs::temp_directory_path() / ("vardel-pm-dump-" + std::to_string(::getpid()) + ".txt");
-    DumpRun dump { runTracker(scenario, arguments + " >" + quoted(output.string())), readFile(output), "" };
+    AssertionsDump dump { runTracker(assertionsScenario, arguments + " >" + quoted(output.string())), readFile(output),
+        "" };
     fs::remove(output);
     for (const auto& event : dump.run.events("stdout"))
         dump.traced += event["text"].get<std::string>();
@@ -28,7 +29,7 @@ DumpRun runWith(const std::string& arguments)
 
 TEST(PowerManagementDumpModeTest, PrintsTheDumpInsteadOfTrackingAndExits)
 {
-    DumpRun dump = runWith("--dumpPMAssertions");
+    AssertionsDump dump = dumpWith("--dumpPMAssertions");
     EXPECT_EQ(dump.run.exitStatus, 0) << dump.run.standardError;
     EXPECT_TRUE(dump.run.events("sample").empty());
     EXPECT_EQ(dump.traced, dump.standardOutput);
@@ -54,11 +55,11 @@ TEST(PowerManagementDumpModeTest, PrintsTheDumpInsteadOfTrackingAndExits)
 
 TEST(PowerManagementDumpModeTest, LaterArgumentsAreIgnoredButTheSwitchMustComeFirst)
 {
-    DumpRun extra = runWith("--dumpPMAssertions us.zoom.xos");
+    AssertionsDump extra = dumpWith("--dumpPMAssertions us.zoom.xos");
     EXPECT_EQ(extra.run.exitStatus, 0);
-    EXPECT_EQ(extra.standardOutput, runWith("--dumpPMAssertions").standardOutput);
+    EXPECT_EQ(extra.standardOutput, dumpWith("--dumpPMAssertions").standardOutput);
 
-    DumpRun notFirst = runWith("-NSDocumentRevisionsDebugMode --dumpPMAssertions");
+    AssertionsDump notFirst = dumpWith("-NSDocumentRevisionsDebugMode --dumpPMAssertions");
     EXPECT_EQ(notFirst.run.exitStatus, 0);
     EXPECT_EQ(notFirst.standardOutput, "");
     EXPECT_FALSE(notFirst.run.events("sample").empty());

@@ -99,6 +99,22 @@ inline Json node(const std::string& role, Json attributes = Json::object(), Json
     return made;
 }
 
+inline Json withId(Json element, const std::string& id)
+{
+    element["id"] = id;
+    return element;
+}
+
+inline Json staticText(const std::string& value)
+{
+    return node("AXStaticText", { { "AXValue", value } });
+}
+
+inline Json group(Json children, Json attributes = Json::object())
+{
+    return node("AXGroup", std::move(attributes), std::move(children));
+}
+
 // A desktop with one frontmost application.
 inline Json desktopWith(Json app)
 {

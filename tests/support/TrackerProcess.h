@@ -14,6 +14,9 @@
 
 namespace vardel::testing {
 
+// The scenario files the tests run the tracker on.
+inline const std::filesystem::path scenarios = VARDEL_SCENARIOS_DIR;
+
 // Runs the vardel-tracker executable on a scenario and collects what it left behind.
 struct TrackerRun {
     int exitStatus = -1;

@@ -115,8 +115,6 @@ std::optional<bool> permissionOf(DesktopNotificationCenter& notifications)
     return granted;
 }
 
-} // namespace
-
 // A server that shows no buttons cannot offer the call's actions: that is a refusal, and the
 // tracker opens the editor instead.
 TEST_F(DesktopNotificationCenterTest, PermissionIsGrantedOnlyByAServerWithActions)
@@ -154,5 +152,7 @@ TEST_F(DesktopNotificationCenterTest, NotificationsReachTheServerOfTheNewBus)
         },
         10s, 200ms));
 }
+
+} // namespace
 
 } // namespace vardel::linux_desktop

@@ -30,8 +30,6 @@ PulseAudioStreams::Now fixedClock()
 
 class PulseAudioStreamsTest : public ::testing::TestWithParam<testing::TestAudioServer::Kind> { };
 
-} // namespace
-
 TEST_P(PulseAudioStreamsTest, FollowsCaptureAndPlaybackButNotMonitors)
 {
     testing::TestAudioServer server(GetParam());
@@ -95,5 +93,7 @@ TEST(PulseAudioStreamsWithoutServerTest, ListIsEmptyAndSaysSoOnce)
     EXPECT_TRUE(streams.takeNotices().empty());
     unsetenv("PULSE_SERVER");
 }
+
+} // namespace
 
 } // namespace vardel::linux_desktop
