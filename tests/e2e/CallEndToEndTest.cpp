@@ -90,11 +90,12 @@ protected:
     }
 
     // Calls end after a second; the tracker's preferences live in the test's folder.
-    void startCallTracker()
+    void startCallTracker(nlohmann::json preferences = nlohmann::json::object())
     {
-        auto preferences = folder_ / "config/vardel/preferences.json";
-        std::filesystem::create_directories(preferences.parent_path());
-        std::ofstream(preferences) << R"({"RunningCallDetector_minimumCallDurationForNotifying": 1})";
+        preferences["RunningCallDetector_minimumCallDurationForNotifying"] = 1;
+        auto file = folder_ / "config/vardel/preferences.json";
+        std::filesystem::create_directories(file.parent_path());
+        std::ofstream(file) << preferences.dump();
         startTracker({ { "XDG_CONFIG_HOME", (folder_ / "config").string() } });
     }
 
@@ -259,6 +260,37 @@ TEST_F(CallEndToEndTest, DontAskAgainForThisAppStopsTheNextOffer)
         1);
     for (size_t index = before; index < trace.size(); ++index)
         EXPECT_FALSE(trace[index]["event"] == "sample" && trace[index]["calls"]["hasRunningCall"] == true);
+}
+
+// Saved without asking, the call must last the store's minimum of a minute; the saved entry is then
+// opened in the editor.
+TEST_F(CallEndToEndTest, ACallSavedWithoutAskingIsStoredAndOpenedForEditing)
+{
+    startCallTracker({ { "RunningCallDetector_immediatelySaveTimeEntriesForCalls", true } });
+    pid_t zoom = startZoomLookalike(/*records=*/true);
+    waitForTrace([](const Trace& trace) { return samplesWithRunningCallOf(trace, "Zoom") >= 62; }, 90s);
+    stop(zoom);
+    waitForTrace([](const Trace& trace) {
+        return std::any_of(trace.begin(), trace.end(), [](const auto& event) { return event["event"] == "timeEntry"; })
+            && hasEditorEvent(trace);
+    });
+
+    ::setenv("VARDEL_DATA_DIR", (folder_ / "data").c_str(), 1);
+    auto listed
+        = nlohmann::json::parse(desktop().run(VARDEL_BUILD_DIR "/vardel", { "entries", "--json" }), nullptr, false);
+    ASSERT_TRUE(listed.is_object()) << listed;
+    ASSERT_EQ(listed["entries"].size(), 1u) << listed;
+    std::string title = listed["entries"][0]["title"];
+    EXPECT_TRUE(title.starts_with("Zoom call")) << title;
+    EXPECT_GE(listed["entries"][0]["seconds"], 60);
+    EXPECT_LE(listed["entries"][0]["seconds"], 75);
+
+    atspi::connect();
+    auto shownTitle = atspi::waitForElement("vardel-dialog", ATSPI_ROLE_TEXT, "Title");
+    auto cancel = atspi::waitForElement("vardel-dialog", ATSPI_ROLE_PUSH_BUTTON, "Cancel");
+    ASSERT_TRUE(shownTitle && cancel) << "the editor did not show the saved entry";
+    EXPECT_EQ(atspi::textOf(shownTitle.get()), title);
+    atspi::press(cancel.get());
 }
 
 TEST_F(CallEndToEndTest, MusicAloneIsNoCall)

@@ -13,9 +13,11 @@
 #include <nlohmann/json.hpp>
 
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <gio/gio.h>
+#include <iostream>
 #include <map>
 #include <memory>
 #include <optional>
@@ -42,6 +44,18 @@ size_t logLinesContaining(const Trace& trace, const std::string& text)
 }
 
 // Whether a sample after the first `from` events of the trace says the tracker is paused (or not).
+// The process's resident memory in kilobytes, from /proc.
+std::optional<long> residentKilobytes(pid_t process)
+{
+    std::ifstream status("/proc/" + std::to_string(process) + "/status");
+    for (std::string line; std::getline(status, line);) {
+        long kilobytes = 0;
+        if (std::sscanf(line.c_str(), "VmRSS: %ld kB", &kilobytes) == 1)
+            return kilobytes;
+    }
+    return std::nullopt;
+}
+
 bool sampledPaused(const Trace& trace, size_t from, bool paused)
 {
     for (size_t index = from; index < trace.size(); ++index) {
@@ -475,6 +489,29 @@ TEST_F(StatusItemEndToEndTest, LaunchAtLoginAndStartTimerFromTheMenu)
         const MenuEntry* stop = root.find("Stop Timer");
         return root.find("Switch Timer") && stop && stop->visible;
     });
+
+    // With the tray item shown and a dialog opened and closed the tracker stays small, also over a
+    // long run: scripts/memory-run sets the minutes.
+    auto atStart = residentKilobytes(trackers_.front());
+    ASSERT_TRUE(atStart);
+    int minutes = 0;
+    if (const char* asked = std::getenv("VARDEL_MEMORY_RUN_MINUTES"))
+        minutes = std::atoi(asked);
+    for (int minute = 1; minute <= minutes; ++minute) {
+        waitUntil(
+            [] {
+                TestDesktopBus::serve();
+                return false;
+            },
+            60s, 500ms);
+        std::cout << "resident memory after " << minute << " min: " << residentKilobytes(trackers_.front()).value_or(0)
+                  << " kB" << std::endl;
+    }
+    auto atEnd = residentKilobytes(trackers_.front());
+    ASSERT_TRUE(atEnd) << "the tracker ended during the run";
+    std::cout << "resident memory: " << *atStart << " kB with the dialog closed, " << *atEnd << " kB " << minutes
+              << " min later" << std::endl;
+    EXPECT_LT(*atEnd, 40 * 1024);
 }
 
 TEST_F(StatusItemEndToEndTest, TheGlobalShortcutStartsATimerAndColourSchemeChangesAreHeard)

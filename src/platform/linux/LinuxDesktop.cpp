@@ -8,6 +8,7 @@
 #include "platform/linux/DialogAlerts.h"
 #include "platform/linux/DialogProcess.h"
 #include "platform/linux/DialogTimeEntryEditor.h"
+#include "platform/linux/GlibMainContextPoll.h"
 #include "platform/linux/InotifyFileEventStreams.h"
 #include "platform/linux/JsonPropertyListFiles.h"
 #include "platform/linux/LinuxPowerManagement.h"
@@ -46,10 +47,6 @@ namespace vardel::linux_desktop {
 
 namespace {
 
-// libatspi and GDBus queue what applications and the notification server send until the GLib
-// main context is served; this often keeps the queue short without a second event loop.
-constexpr double glibServiceInterval = 0.5;
-constexpr int maxGlibDispatchesPerService = 1000;
 constexpr const char* identifierPreference = "LinuxDesktop_applicationIdentifiers";
 // Seconds the relaunch script waits instead of the delay the tracker asks for.
 constexpr const char* relaunchDelayPreference = "LinuxDesktop_relaunchDelay";
@@ -170,6 +167,7 @@ struct LinuxDesktop::State {
     std::optional<std::string> dialogProgram = DialogProcess::programBeside(executablePath);
     SystemClock clock;
     PollRunLoop runLoop;
+    GlibMainContextPoll glibEvents { runLoop };
     StandardErrorLog log;
     TraceAnalyticsSink analytics;
     SpawnProcessLauncher launcher;
@@ -240,15 +238,6 @@ struct LinuxDesktop::State {
         waylandSource.reset();
         log.warning("The Wayland compositor closed the connection: no windows are tracked from now on.");
     }
-
-    void serveGlibEvents()
-    {
-        for (int dispatched = 0; dispatched < maxGlibDispatchesPerService; ++dispatched) {
-            if (!g_main_context_iteration(nullptr, FALSE))
-                break;
-        }
-        runLoop.schedule(glibServiceInterval, [this] { serveGlibEvents(); });
-    }
 };
 
 std::unique_ptr<LinuxDesktop> LinuxDesktop::open(
@@ -275,7 +264,6 @@ std::unique_ptr<LinuxDesktop> LinuxDesktop::open(
                            "without documents or web pages.");
         state->accessibility = std::make_unique<UnavailableAccessibility>();
     }
-    state->serveGlibEvents();
     auto desktop = std::unique_ptr<LinuxDesktop>(new LinuxDesktop(std::move(state)));
     desktop->state_->loginItems = makeLoginItems(stores, desktop->state_->executablePath);
     return desktop;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <poll.h>
 #include <thread>
 #include <vector>
 
@@ -81,7 +80,7 @@ int PollRunLoop::run()
     while (!stopped_) {
         if (serveDueTimers())
             continue;
-        if (timers_.empty() && sources_.empty())
+        if (timers_.empty() && sources_.empty() && !participant_)
             return 0;
         waitForSources(millisecondsUntilNextTimer());
     }
@@ -118,9 +117,26 @@ void PollRunLoop::waitForSources(int timeoutMilliseconds)
         descriptors.push_back({ source.fileDescriptor, POLLIN, 0 });
         ids.push_back(id);
     }
+    size_t ownDescriptors = descriptors.size();
+    if (participant_) {
+        int participantTimeout = participant_->prepare(descriptors);
+        if (participantTimeout >= 0 && (timeoutMilliseconds < 0 || participantTimeout < timeoutMilliseconds))
+            timeoutMilliseconds = participantTimeout;
+    }
     int ready = ::poll(descriptors.data(), descriptors.size(), timeoutMilliseconds);
-    if (ready <= 0)
-        return;
+    if (ready < 0) {
+        for (pollfd& descriptor : descriptors)
+            descriptor.revents = 0;
+    }
+    if (participant_)
+        participant_->dispatch(std::span<const pollfd>(descriptors).subspan(ownDescriptors));
+    descriptors.resize(ownDescriptors);
+    if (ready > 0)
+        serveReadySources(descriptors, ids);
+}
+
+void PollRunLoop::serveReadySources(const std::vector<pollfd>& descriptors, const std::vector<SourceId>& ids)
+{
     for (size_t index = 0; index < descriptors.size() && !stopped_; ++index) {
         if (descriptors[index].revents == 0)
             continue;

@@ -6,8 +6,11 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <poll.h>
+#include <span>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace vardel::linux_desktop {
 
@@ -20,14 +23,25 @@ class PollRunLoop final : public RunLoop {
 public:
     using SourceId = uint64_t;
 
+    // Another event loop served from this one's wait, so that what it queues is handled at once
+    // rather than on a timer. Each wait is one prepare(), then one dispatch() with what poll()
+    // reported for the descriptors prepare() added, even when the wait timed out.
+    class Participant {
+    public:
+        virtual ~Participant() = default;
+        // Appends the descriptors to watch and gives the longest wait in milliseconds (-1: no limit).
+        virtual int prepare(std::vector<pollfd>& descriptors) = 0;
+        virtual void dispatch(std::span<const pollfd> descriptors) = 0;
+    };
+
     PollRunLoop();
 
     TimerId schedule(double delaySeconds, std::function<void()> callback) override;
     void cancel(TimerId) override;
     void sleep(double seconds) override;
-    // Serves timers and sources until stop() is called, or until nothing is scheduled and no source
-    // is watched (then the status is 0). A stop() before run() makes it return at once; each stop
-    // ends one run.
+    // Serves timers and sources until stop() is called, or until nothing is scheduled, no source
+    // is watched and no participant is set (then the status is 0). A stop() before run() makes it return at once; each
+    // stop ends one run.
     int run() override;
     void stop(int status, std::string reason) override;
     void setTerminationRequestHandler(std::function<void(const std::string& reason)> handler) override
@@ -40,6 +54,8 @@ public:
     SourceId addReadableSource(int fileDescriptor, std::function<void()> onReadable);
     // Removing an unknown or already removed source does nothing.
     void removeSource(SourceId);
+    // At most one; nullptr removes it. The participant must outlive the loop or be removed first.
+    void setParticipant(Participant* participant) { participant_ = participant; }
 
     // Seconds since the loop was made.
     double elapsedSeconds() const;
@@ -55,6 +71,7 @@ private:
 
     bool serveDueTimers();
     void waitForSources(int timeoutMilliseconds);
+    void serveReadySources(const std::vector<pollfd>& descriptors, const std::vector<SourceId>& ids);
     int millisecondsUntilNextTimer() const;
 
     Instant start_;
@@ -62,6 +79,7 @@ private:
     SourceId lastSource_ = 0;
     std::map<std::pair<Instant, TimerId>, std::function<void()>> timers_;
     std::map<SourceId, Source> sources_;
+    Participant* participant_ = nullptr;
     bool stopped_ = false;
     int status_ = 0;
     std::string stopReason_;
