@@ -2,6 +2,7 @@
 
 #include "calls/PowerManagementAssertions.h"
 #include "calls/RunningCallDetector.h"
+#include "platform/JsonText.h"
 #include "platform/Platform.h"
 #include "platform/ValueJson.h"
 #include "product/AnalyticsWrapper.h"
@@ -182,7 +183,7 @@ void CallTimeEntryOffers::presentCallEndedNotification(const CallProperties& cal
         "Click here to record time for this call.",
         categoryIdentifier,
         preferences().getBool("RunningCallDetector_playSoundWhenMeetingDetected").value_or(false),
-        { { "callProperties", Value(CallPropertiesJson::encode(call).dump()) }, { "bundleIdentifier", Value(key) } },
+        { { "callProperties", Value(jsonText(CallPropertiesJson::encode(call))) }, { "bundleIdentifier", Value(key) } },
     };
     platform().userNotificationCenter().deliver(notification);
 }

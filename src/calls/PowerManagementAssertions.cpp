@@ -1,5 +1,6 @@
 #include "calls/PowerManagementAssertions.h"
 
+#include "platform/JsonText.h"
 #include "platform/Platform.h"
 #include "platform/PowerManagement.h"
 #include "platform/ProcessWide.h"
@@ -414,7 +415,7 @@ void logDerivation(
     const Logger& logger, const Value::Dictionary& assertionsByProcess, const PowerManagementAssertions& snapshot)
 {
     logger("PowerManagementAssertions.pmAssertionsDictionary:");
-    logger(ValueJson::encode(Value(assertionsByProcess)).dump(4));
+    logger(jsonText(ValueJson::encode(Value(assertionsByProcess)), 4));
     logger("\n" + snapshot.description());
     logger("\nInfo for *all* processes found in the assertions dictionary:\n");
     for (ProcessIdentifier pid : processesNamedIn(assertionsByProcess))

@@ -1,5 +1,6 @@
 #include "platform/Value.h"
 
+#include "platform/JsonText.h"
 #include "platform/ValueJson.h"
 
 #include <cmath>
@@ -148,7 +149,7 @@ const char* kindName(Value::Kind kind)
 
 std::ostream& operator<<(std::ostream& stream, const Value& value)
 {
-    return stream << ValueJson::encode(value).dump();
+    return stream << jsonText(ValueJson::encode(value));
 }
 
 std::ostream& operator<<(std::ostream& stream, const Point& point)

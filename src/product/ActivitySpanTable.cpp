@@ -1,5 +1,7 @@
 #include "product/ActivitySpanTable.h"
 
+#include "platform/JsonText.h"
+
 #include <nlohmann/json.hpp>
 
 #include <cmath>
@@ -13,7 +15,7 @@ std::optional<std::string> encodeContextPath(const std::optional<std::vector<std
 {
     if (!contextPath)
         return std::nullopt;
-    return nlohmann::json(*contextPath).dump();
+    return jsonText(nlohmann::json(*contextPath));
 }
 
 // A context path that is not a list of texts (written by hand, or damaged) reads as none.

@@ -1,5 +1,6 @@
 #include "tools/VardelCommand.h"
 
+#include "platform/JsonText.h"
 #include "platform/linux/ScriptingCommandServer.h"
 #include "product/ActivitySummary.h"
 #include "product/DamagedStores.h"
@@ -166,7 +167,7 @@ int VardelCommand::report(const std::vector<std::string>& arguments, std::ostrea
         [&](const auto& spans, const Day& day, bool json) {
             auto summary = ActivitySummary::of(spans, day.start, day.end);
             if (json)
-                output << ActivityReportFormatter::json(summary, day.name).dump(2) << "\n";
+                output << jsonText(ActivityReportFormatter::json(summary, day.name), 2) << "\n";
             else
                 output << ActivityReportFormatter::text(summary, day.name);
         });
@@ -180,7 +181,7 @@ int VardelCommand::entries(const std::vector<std::string>& arguments, std::ostre
         [](Database& store, const Day& day) { return store.entriesInRange(day.start, day.end); },
         [&](const auto& entries, const Day& day, bool json) {
             if (json)
-                output << TimeEntriesFormatter::json(entries, day.name).dump(2) << "\n";
+                output << jsonText(TimeEntriesFormatter::json(entries, day.name), 2) << "\n";
             else
                 output << TimeEntriesFormatter::text(entries, day.name);
         });

@@ -82,6 +82,16 @@ TEST_F(CallTimeEntryOffersTest, TheNotificationNamesTheCallItsLengthAndItsMeetin
     EXPECT_TRUE(events("editor").empty());
 }
 
+// The meeting's title comes from another program's window.
+TEST_F(CallTimeEntryOffersTest, AMeetingTitleThatIsNotUtf8IsStillOffered)
+{
+    zoomCall.metadata.meetingTitle = "Planning \xff";
+    offers.presentCallEndedNotification(zoomCall, "us.zoom.xos");
+    auto delivered = events("notification");
+    ASSERT_EQ(delivered.size(), 1u);
+    EXPECT_EQ(delivered[0]["title"].get<std::string>(), "Zoom call has ended (45m): Planning \xff");
+}
+
 TEST_F(CallTimeEntryOffersTest, ClickingOpensTheEditorOnlyForAReadablePayload)
 {
     respond(

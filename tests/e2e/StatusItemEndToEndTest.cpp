@@ -363,10 +363,10 @@ TEST_F(StatusItemEndToEndTest, TheTrayMenuPausesResumesAndQuits)
     EXPECT_EQ(bus_->itemText(item, "Status"), "Active");
     // Today's total, nothing recorded yet.
     EXPECT_EQ(bus_->itemText(item, "Title"), "0s");
-    EXPECT_EQ(bus_->itemText(item, "IconName"), "vardel-tracker");
+    EXPECT_EQ(bus_->itemText(item, "IconName"), "vardel-tracker-status");
     // The tray finds both icons in the shipped theme.
     std::filesystem::path icons = bus_->itemText(item, "IconThemePath").value_or("");
-    for (const char* icon : { "vardel-tracker.svg", "vardel-tracker-paused.svg" })
+    for (const char* icon : { "vardel-tracker-status.svg", "vardel-tracker-status-paused.svg" })
         EXPECT_TRUE(std::filesystem::exists(icons / "hicolor/scalable/apps" / icon)) << icons;
     EXPECT_EQ(bus_->itemText(item, "ItemIsMenu"), "true");
     std::string menu = bus_->itemText(item, "Menu").value_or("");
@@ -422,7 +422,7 @@ TEST_F(StatusItemEndToEndTest, TheTrayMenuPausesResumesAndQuits)
     bus_->event(item, menu, 0, "closed");
     waitForTrace(
         tracePath, [&](const Trace& trace) { return sampledPaused(trace, before, true); }, "a paused sample");
-    EXPECT_TRUE(waitFor([&] { return bus_->itemText(item, "IconName") == "vardel-tracker-paused"; }));
+    EXPECT_TRUE(waitFor([&] { return bus_->itemText(item, "IconName") == "vardel-tracker-status-paused"; }));
 
     bus_->aboutToShow(item, menu, 0);
     ASSERT_TRUE(waitFor([&] {
@@ -433,7 +433,7 @@ TEST_F(StatusItemEndToEndTest, TheTrayMenuPausesResumesAndQuits)
     bus_->event(item, menu, root.find("Resume App Tracking")->id, "clicked");
     waitForTrace(
         tracePath, [&](const Trace& trace) { return sampledPaused(trace, before, false); }, "a tracking sample");
-    EXPECT_TRUE(waitFor([&] { return bus_->itemText(item, "IconName") == "vardel-tracker"; }));
+    EXPECT_TRUE(waitFor([&] { return bus_->itemText(item, "IconName") == "vardel-tracker-status"; }));
 
     // Quitting asks first, in a dialog the user answers.
     int quit = root.find("Quit Vardel Tracker")->id;

@@ -9,8 +9,10 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <gio/gdesktopappinfo.h>
+#include <map>
 #include <sstream>
 
 namespace vardel::testing {
@@ -62,6 +64,15 @@ TEST_F(InstallLayoutTest, FilesLandInTheUsualPlaces)
         std::filesystem::perms::owner_exec);
     EXPECT_NE(
         readText(prefix / "share/icons/hicolor/scalable/apps/vardel-tracker.svg").find("<svg"), std::string::npos);
+
+    // An icon theme lookup finds one icon per name: the tray's icons must not shadow the application's.
+    std::map<std::string, std::filesystem::path> icons;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(prefix / "share")) {
+        if (entry.path().extension() != ".svg")
+            continue;
+        auto [earlier, added] = icons.emplace(entry.path().stem().string(), entry.path());
+        EXPECT_TRUE(added) << entry.path() << " has the name of " << earlier->second;
+    }
 }
 
 TEST_F(InstallLayoutTest, DesktopEntryAndAutostartTemplateStartTheInstalledTracker)

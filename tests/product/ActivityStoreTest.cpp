@@ -106,6 +106,20 @@ TEST_F(ActivityStoreTest, ConsecutiveSamplesWithTheSameRecordMakeOneSpan)
             span(10, 19, editor), span(80, 81, editor) }));
 }
 
+// Window titles and the places taken from them come from other programs, which may put anything in them.
+TEST_F(ActivityStoreTest, TextsThatAreNotUtf8AreStoredAsTheyCame)
+{
+    RecordedActivity chat = inApplication("Chat", "General \xff\xfe");
+    chat.contextPath = std::vector<std::string> { "Team \xc3", "General" };
+    sampleEverySecond(0, 3, chat);
+    ASSERT_TRUE(writer().flush());
+
+    auto stored = storedSpans(folder_.path());
+    ASSERT_EQ(stored.size(), 1u);
+    EXPECT_EQ(stored[0].activity.windowTitle, "General \xff\xfe");
+    EXPECT_EQ(stored[0].activity.contextPath, (std::vector<std::string> { "Team \uFFFD", "General" }));
+}
+
 TEST_F(ActivityStoreTest, RunningSpanIsWrittenEveryThirtySecondsAndGrowsInPlace)
 {
     RecordedActivity editor = inApplication("Editor");

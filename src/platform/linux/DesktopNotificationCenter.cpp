@@ -1,5 +1,6 @@
 #include "platform/linux/DesktopNotificationCenter.h"
 
+#include "platform/JsonText.h"
 #include "platform/ValueJson.h"
 #include "platform/linux/MessageBus.h"
 
@@ -232,7 +233,7 @@ void DesktopNotificationCenter::saveDelivered() const
     std::filesystem::path written = deliveredFile_->string() + ".new";
     {
         std::ofstream file(written, std::ios::trunc);
-        file << remembered.dump();
+        file << jsonText(remembered);
         if (!file)
             return;
     }

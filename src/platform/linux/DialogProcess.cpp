@@ -1,5 +1,7 @@
 #include "platform/linux/DialogProcess.h"
 
+#include "platform/JsonText.h"
+
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -92,7 +94,7 @@ std::unique_ptr<DialogProcess> DialogProcess::start(
     }
     inputRead = FileDescriptor();
     outputWrite = FileDescriptor();
-    writeAll(inputWrite.get(), request.dump());
+    writeAll(inputWrite.get(), jsonText(request));
     inputWrite = FileDescriptor();
     ::fcntl(outputRead.get(), F_SETFL, ::fcntl(outputRead.get(), F_GETFL) | O_NONBLOCK);
     return std::unique_ptr<DialogProcess>(new DialogProcess(pid, std::move(outputRead)));

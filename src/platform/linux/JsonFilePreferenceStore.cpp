@@ -1,5 +1,6 @@
 #include "platform/linux/JsonFilePreferenceStore.h"
 
+#include "platform/JsonText.h"
 #include "platform/JsonValueError.h"
 #include "platform/ValueDecoder.h"
 #include "platform/ValueJson.h"
@@ -231,7 +232,7 @@ void JsonFilePreferenceStore::write()
     nlohmann::ordered_json document = nlohmann::ordered_json::object();
     for (const auto& [key, value] : values_)
         document[key] = ValueJson::encode(value, encodeDate);
-    if (auto reason = replaceAtomically(file_, document.dump(2) + "\n"))
+    if (auto reason = replaceAtomically(file_, jsonText(document, 2) + "\n"))
         log_.warning("The preferences cannot be written to " + file_.string() + ": " + *reason + ".");
 }
 

@@ -4,8 +4,8 @@ namespace vardel::linux_desktop {
 
 namespace {
 constexpr const char* programName = "Vardel Tracker";
-constexpr const char* trackingIcon = "vardel-tracker";
-constexpr const char* pausedIcon = "vardel-tracker-paused";
+constexpr const char* trackingIcon = "vardel-tracker-status";
+constexpr const char* pausedIcon = "vardel-tracker-status-paused";
 } // namespace
 
 StatusNotifierLook StatusNotifierLook::of(const StatusItemAppearance& appearance)

@@ -63,13 +63,13 @@ TEST(StatusNotifierLookTest, PausedItemsAreGreyAndHiddenOnesPassive)
 {
     StatusItemAppearance appearance;
     appearance.title = "2h 5m";
-    EXPECT_EQ(
-        StatusNotifierLook::of(appearance), (StatusNotifierLook { "Active", "vardel-tracker", "2h 5m", "2h 5m" }));
+    EXPECT_EQ(StatusNotifierLook::of(appearance),
+        (StatusNotifierLook { "Active", "vardel-tracker-status", "2h 5m", "2h 5m" }));
     appearance.appearsDisabled = true;
     appearance.visible = false;
     appearance.title.clear();
     EXPECT_EQ(StatusNotifierLook::of(appearance),
-        (StatusNotifierLook { "Passive", "vardel-tracker-paused", "Vardel Tracker", "" }));
+        (StatusNotifierLook { "Passive", "vardel-tracker-status-paused", "Vardel Tracker", "" }));
 }
 
 } // namespace

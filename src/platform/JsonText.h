@@ -1,0 +1,17 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+
+namespace vardel {
+
+// JSON as text, with any text that is not valid UTF-8 (a window title, a process name, a stream's
+// name) written with replacement characters: the default throws, and such text comes from other
+// programs.
+template<typename Json> std::string jsonText(const Json& json, int indent = -1)
+{
+    return json.dump(indent, ' ', false, Json::error_handler_t::replace);
+}
+
+} // namespace vardel
