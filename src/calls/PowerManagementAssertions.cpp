@@ -156,9 +156,9 @@ struct RecordFields {
     }
 };
 
-std::optional<std::string> copied(const std::string* text)
+std::optional<std::string_view> viewOf(const std::string* text)
 {
-    return text ? std::optional(*text) : std::nullopt;
+    return text ? std::optional<std::string_view>(*text) : std::nullopt;
 }
 
 bool hasActiveLevel(const RecordFields& fields)
@@ -178,18 +178,13 @@ bool isSuppressedUSBAudio(const std::string* name, const Settings& current)
 }
 
 // Only a list of texts counts.
-std::optional<std::set<std::string>> resourcesUsed(const Value* value)
+const Value::List* resourcesUsed(const Value* value)
 {
     const Value::List* list = value ? value->asList() : nullptr;
     if (!list)
-        return std::nullopt;
-    std::set<std::string> resources;
-    for (const Value& resource : *list) {
-        if (!resource.asText())
-            return std::nullopt;
-        resources.insert(*resource.asText());
-    }
-    return resources;
+        return nullptr;
+    bool allTexts = std::all_of(list->begin(), list->end(), [](const Value& resource) { return resource.asText(); });
+    return allTexts ? list : nullptr;
 }
 
 // Fills the snapshot's own entry, so that the assertion is never copied or moved.
@@ -197,9 +192,9 @@ void fillAssertion(Assertion& assertion, const RecordFields& fields, ProcessIden
 {
     auto onBehalfOf = fields.onBehalfOfPID ? processIdentifierFromNumber(*fields.onBehalfOfPID) : std::nullopt;
     assertion.pid = onBehalfOf.value_or(owner);
-    assertion.processName = copied(fields.processName);
-    assertion.type = copied(fields.type);
-    assertion.name = copied(fields.name);
+    assertion.processName = viewOf(fields.processName);
+    assertion.type = viewOf(fields.type);
+    assertion.name = viewOf(fields.name);
     assertion.startedAt = fields.startedAt ? fields.startedAt->asDate() : std::nullopt;
     assertion.resourcesUsed = resourcesUsed(fields.resourcesUsed);
 }
@@ -226,7 +221,7 @@ std::string lowercased(std::string_view text)
 }
 
 // Some call applications only name the call, without announcing their audio devices.
-bool nameAnnouncesCall(const std::optional<std::string>& name, const Settings& current)
+bool nameAnnouncesCall(const std::optional<std::string_view>& name, const Settings& current)
 {
     if (!name)
         return false;
@@ -239,10 +234,10 @@ bool nameAnnouncesCall(const std::optional<std::string>& name, const Settings& c
 }
 
 template<size_t count>
-bool namesResourceOf(const std::set<std::string>& resources, const std::array<std::string_view, count>& kind)
+bool namesResourceOf(const Value::List& resources, const std::array<std::string_view, count>& kind)
 {
-    return std::any_of(
-        resources.begin(), resources.end(), [&](const std::string& resource) { return isOneOf(resource, kind); });
+    return std::any_of(resources.begin(), resources.end(),
+        [&](const Value& resource) { return isOneOf(std::string_view(*resource.asText()), kind); });
 }
 
 void classify(const Assertion& assertion, const Settings& current, PowerManagementAssertions& snapshot)
@@ -353,17 +348,22 @@ PIDAndRunningApplication meetingRelatedApplication(ProcessIdentifier pid, const 
     };
 }
 
-void appendIfPresent(std::vector<std::string>& parts, std::string_view label, const std::optional<std::string>& value)
+void appendIfPresent(
+    std::vector<std::string>& parts, std::string_view label, const std::optional<std::string_view>& value)
 {
     if (value)
-        parts.push_back(std::string(label) + ": " + *value);
+        parts.push_back(std::string(label) + ": " + std::string(*value));
 }
 
-std::string describeQuoted(const std::set<std::string>& texts)
+// Sorted, each once: the resources are a set.
+std::string describeQuoted(const Value::List& texts)
 {
+    std::set<std::string> sorted;
+    for (const Value& text : texts)
+        sorted.insert(*text.asText());
     std::vector<std::string> quoted;
-    quoted.reserve(texts.size());
-    for (const std::string& text : texts)
+    quoted.reserve(sorted.size());
+    for (const std::string& text : sorted)
         quoted.push_back("\"" + text + "\"");
     return "[" + TextHelpers::joined(quoted, ", ") + "]";
 }
@@ -437,6 +437,7 @@ PowerManagementAssertions::PowerManagementAssertions(const Logger& logger)
     AssertionsByProcess result = platform().powerManagement().copyAssertionsByProcess();
     if (result.status != 0 || !result.assertions)
         return;
+    records = result.assertions;
     auto recordCount = recordCountIfWellFormed(*result.assertions);
     if (!recordCount)
         return;

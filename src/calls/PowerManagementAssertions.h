@@ -5,9 +5,11 @@
 #include "platform/Workspace.h"
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vardel {
@@ -16,14 +18,17 @@ namespace vardel {
 // running call, with the processes sorted by the audio directions they hold. A plain value: taken,
 // read and dropped on every sample.
 struct PowerManagementAssertions {
+    // Its texts are views into the records the snapshot holds: a snapshot taken every second copies
+    // none of them.
     struct Assertion {
         ProcessIdentifier pid = 0;
-        std::optional<std::string> processName;
+        std::optional<std::string_view> processName;
         // The declared type, also when the assertion was accepted for its true type.
-        std::optional<std::string> type;
-        std::optional<std::string> name;
+        std::optional<std::string_view> type;
+        std::optional<std::string_view> name;
         std::optional<Date> startedAt;
-        std::optional<std::set<std::string>> resourcesUsed;
+        // The resources, when the record lists them and every one is a text.
+        const Value::List* resourcesUsed = nullptr;
 
         std::string description() const;
     };
@@ -55,6 +60,8 @@ struct PowerManagementAssertions {
     // The identity of the application bundle that contains the process's executable.
     static ApplicationIdentity applicationFromExecutablePath(ProcessIdentifier);
 
+    // The platform's records, shared with it, which the assertions point into.
+    std::shared_ptr<const Value::Dictionary> records;
     std::vector<Assertion> assertions;
     std::set<ProcessIdentifier> pidsOfAppsWithAudioOutAssertion;
     std::set<ProcessIdentifier> pidsOfAppsWithAudioInAssertion;

@@ -116,7 +116,7 @@ std::optional<std::string> firstProcessNameContaining(const PowerManagementAsser
 {
     for (const auto& assertion : snapshot.assertions) {
         if (assertion.processName && TextHelpers::contains(*assertion.processName, part))
-            return assertion.processName;
+            return std::string(*assertion.processName);
     }
     return std::nullopt;
 }

@@ -3,6 +3,7 @@
 #include "platform/Accessibility.h"
 #include "platform/Value.h"
 
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -24,8 +25,9 @@ struct AssertionsByProcess {
     // The platform's status; 0 is success.
     int status = 0;
     // The owning process id as decimal text → list of assertion records (dictionaries with the
-    // AssertionKey keys). Nothing when the call failed.
-    std::optional<Value::Dictionary> assertions;
+    // AssertionKey keys). Nothing when the call failed. Shared with the platform rather than copied:
+    // it is read every second and changes seldom.
+    std::shared_ptr<const Value::Dictionary> assertions;
 };
 
 // Both dictionaries' records by process; a process in both keeps the records of each.

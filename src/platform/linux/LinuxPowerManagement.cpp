@@ -60,15 +60,15 @@ AssertionsByProcess LinuxPowerManagement::copyAssertionsByProcess()
     logNotices();
     auto inhibitorAssertions = inhibitors_.assertions(
         [this](const std::string& applicationId) { return runningApplicationWithId(applicationId); });
-    const Value::Dictionary& streamAssertions = currentStreamAssertions();
+    auto streamAssertions = currentStreamAssertions();
     if (inhibitorAssertions.empty())
-        return { 0, streamAssertions };
-    return { 0, mergedAssertions(streamAssertions, inhibitorAssertions) };
+        return { 0, std::move(streamAssertions) };
+    return { 0, std::make_shared<const Value::Dictionary>(mergedAssertions(*streamAssertions, inhibitorAssertions)) };
 }
 
 // The records of the streams are made again only when the streams changed, or while one of them has
 // not been traced to a running application yet: at one sample a second, streams change seldom.
-const Value::Dictionary& LinuxPowerManagement::currentStreamAssertions()
+std::shared_ptr<const Value::Dictionary> LinuxPowerManagement::currentStreamAssertions()
 {
     uint64_t generation = streams_.generation();
     if (generation == streamGeneration_ && everyStreamOwned_)
@@ -76,7 +76,8 @@ const Value::Dictionary& LinuxPowerManagement::currentStreamAssertions()
     std::vector<AudioStream> evidence = streams_.evidence();
     std::set<ProcessIdentifier> applications
         = evidence.empty() ? std::set<ProcessIdentifier> {} : runningApplicationPids();
-    streamAssertions_ = AudioStreamList::assertionsOf(evidence, applications);
+    streamAssertions_
+        = std::make_shared<const Value::Dictionary>(AudioStreamList::assertionsOf(evidence, applications));
     everyStreamOwned_ = std::all_of(evidence.begin(), evidence.end(), [&](const AudioStream& stream) {
         return AudioStreamList::owningApplication(stream, applications).has_value();
     });

@@ -29,7 +29,7 @@ public:
     std::optional<std::string> pathForProcess(ProcessIdentifier) override;
 
 private:
-    const Value::Dictionary& currentStreamAssertions();
+    std::shared_ptr<const Value::Dictionary> currentStreamAssertions();
     std::set<ProcessIdentifier> runningApplicationPids();
     std::optional<ProcessIdentifier> runningApplicationWithId(const std::string& applicationId);
     void logNotices();
@@ -38,7 +38,7 @@ private:
     Log& log_;
     PulseAudioStreams streams_;
     bool settled_ = false;
-    Value::Dictionary streamAssertions_;
+    std::shared_ptr<const Value::Dictionary> streamAssertions_ = std::make_shared<const Value::Dictionary>();
     std::optional<uint64_t> streamGeneration_;
     bool everyStreamOwned_ = false;
     SessionInhibitors inhibitors_;

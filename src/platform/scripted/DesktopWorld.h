@@ -47,7 +47,7 @@ public:
     std::vector<ProcessDescription> processes;
     std::vector<Rect> screens;
     Value::List windowList;
-    Value::Dictionary powerAssertions;
+    std::shared_ptr<const Value::Dictionary> powerAssertions;
     int64_t powerAssertionsStatus;
     Value::Dictionary propertyLists;
     std::optional<RunningTask> runningTask;

@@ -7,7 +7,7 @@ AssertionsByProcess ScriptedPowerManagement::copyAssertionsByProcess()
     // The scenario reader keeps the status within the platform's 32-bit range.
     int status = static_cast<int>(world_.powerAssertionsStatus);
     if (status != 0)
-        return { status, std::nullopt };
+        return { status, nullptr };
     return { 0, world_.powerAssertions };
 }
 

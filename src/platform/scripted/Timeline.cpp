@@ -53,7 +53,7 @@ void Timeline::apply(const TimelineStep& step)
     if (step.screens)
         world_.screens = *step.screens;
     if (step.powerAssertions)
-        world_.powerAssertions = *step.powerAssertions;
+        world_.powerAssertions = std::make_shared<const Value::Dictionary>(*step.powerAssertions);
     for (const auto& [path, value] : step.plists) {
         if (value)
             world_.propertyLists.insert_or_assign(path, *value);
