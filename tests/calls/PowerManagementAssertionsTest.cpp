@@ -48,7 +48,7 @@ protected:
     {
         std::vector<std::string> found;
         for (const auto& assertion : taken.assertions)
-            found.push_back(assertion.name.value_or("(none)"));
+            found.emplace_back(assertion.name.value_or("(none)"));
         return found;
     }
 
