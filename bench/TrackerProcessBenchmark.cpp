@@ -3,7 +3,7 @@
 // then with Chromium in front. Beside it, in the same run, a minimal X11 window watcher doing the
 // four property reads a sample needs at least, as the reference.
 //
-// VARDEL_BENCH_PROCESS_SECONDS sets how long each is measured once settled (default 3 s, which is
+// VARDEL_BENCH_PROCESS_SECONDS sets how long each is measured once settled (default 2 s, which is
 // what the test command's run uses; scripts/bench measures a minute).
 
 #include "support/HeadlessDesktop.h"
@@ -37,7 +37,7 @@ using namespace std::chrono_literals;
 
 constexpr const char* pageTitle = "Process Benchmark Page";
 constexpr uint16_t pagePort = 48125;
-constexpr double defaultMeasuredSeconds = 3;
+constexpr double defaultMeasuredSeconds = 2;
 // Samples left to the tracker after its start before measuring: its start-up is not a sample's cost.
 constexpr size_t settlingSamples = 2;
 

@@ -50,6 +50,8 @@ namespace {
 // main context is served; this often keeps the queue short without a second event loop.
 constexpr double glibServiceInterval = 0.5;
 constexpr int maxGlibDispatchesPerService = 1000;
+// An installation writes several entries and icons at once: they are taken together.
+constexpr double desktopEntryChangeLatencySeconds = 1;
 constexpr const char* identifierPreference = "LinuxDesktop_applicationIdentifiers";
 // Seconds the relaunch script waits instead of the delay the tracker asks for.
 constexpr const char* relaunchDelayPreference = "LinuxDesktop_relaunchDelay";
@@ -197,6 +199,8 @@ struct LinuxDesktop::State {
     SocketScriptingCommands scriptingCommands;
     std::map<int, PollRunLoop::SourceId> fileEventSources;
     InotifyFileEventStreams fileEventStreams;
+    // Identities found through desktop entries hold until an entry folder changes.
+    std::unique_ptr<FileEventStream> desktopEntryFolders;
     std::unique_ptr<LoginItems> loginItems;
 
     void openX11(const char* display)
@@ -276,6 +280,9 @@ std::unique_ptr<LinuxDesktop> LinuxDesktop::open(
         state->accessibility = std::make_unique<UnavailableAccessibility>();
     }
     state->serveGlibEvents();
+    state->desktopEntryFolders = state->fileEventStreams.create(DesktopEntries::applicationFolders(),
+        desktopEntryChangeLatencySeconds, [raw = state.get()](const auto&) { raw->identity.desktopEntriesChanged(); });
+    state->desktopEntryFolders->start();
     auto desktop = std::unique_ptr<LinuxDesktop>(new LinuxDesktop(std::move(state)));
     desktop->state_->loginItems = makeLoginItems(stores, desktop->state_->executablePath);
     return desktop;
