@@ -280,8 +280,12 @@ std::unique_ptr<LinuxDesktop> LinuxDesktop::open(
         state->accessibility = std::make_unique<UnavailableAccessibility>();
     }
     state->serveGlibEvents();
-    state->desktopEntryFolders = state->fileEventStreams.create(DesktopEntries::applicationFolders(),
-        desktopEntryChangeLatencySeconds, [raw = state.get()](const auto&) { raw->identity.desktopEntriesChanged(); });
+    auto entryFolders = DesktopEntries::applicationFolders();
+    // The user's folder is made when missing, so that the first entry installed there is seen too.
+    std::error_code ignored;
+    std::filesystem::create_directories(entryFolders.front(), ignored);
+    state->desktopEntryFolders = state->fileEventStreams.create(entryFolders, desktopEntryChangeLatencySeconds,
+        [raw = state.get()](const auto&) { raw->identity.desktopEntriesChanged(); });
     state->desktopEntryFolders->start();
     auto desktop = std::unique_ptr<LinuxDesktop>(new LinuxDesktop(std::move(state)));
     desktop->state_->loginItems = makeLoginItems(stores, desktop->state_->executablePath);
