@@ -151,9 +151,26 @@ RunningApplication ApplicationIdentity::identify(ProcessIdentifier pid, const X1
         if (!name.empty())
             application.localizedName = name;
     }
-    if (pid > 0)
+    if (pid > 0) {
+        // Met seldom: only a process not met before, or one that became another program.
+        forgetEndedProcesses();
         known_.insert_or_assign(pid, Known { executable.value_or(""), application });
+    }
     return application;
+}
+
+void ApplicationIdentity::desktopEntriesChanged()
+{
+    entries_.forget();
+    known_.clear();
+}
+
+void ApplicationIdentity::forgetEndedProcesses()
+{
+    std::erase_if(known_, [](const auto& known) {
+        std::error_code error;
+        return !std::filesystem::exists(procPath(known.first, ""), error);
+    });
 }
 
 } // namespace vardel::linux_desktop

@@ -38,7 +38,14 @@ public:
 
     static std::optional<std::string> executableOf(ProcessIdentifier);
 
+    // Desktop entries were installed, changed or removed: every process is identified again.
+    void desktopEntriesChanged();
+
 private:
+    // Drops the answers for processes that have ended, so that the memory follows the processes
+    // that run.
+    void forgetEndedProcesses();
+
     struct Known {
         std::string executable;
         RunningApplication application;
@@ -46,7 +53,8 @@ private:
 
     DesktopEntries& entries_;
     ApplicationIdentifierTable table_;
-    // The answers for processes already met, kept while their executable stays the same.
+    // The answers for processes already met, kept while their executable stays the same and until
+    // the desktop entries change.
     std::map<ProcessIdentifier, Known> known_;
 };
 

@@ -14,9 +14,6 @@ namespace vardel::linux_desktop {
 
 namespace {
 
-// Applications installed while the tracker runs are found after this long.
-constexpr std::chrono::seconds reloadInterval { 60 };
-
 std::string text(const char* value)
 {
     return value ? value : "";
@@ -98,13 +95,25 @@ std::optional<DesktopEntry> DesktopEntries::atPath(const std::string& path) cons
     return entryOf(GObjectHandle<GDesktopAppInfo>(g_desktop_app_info_new_from_filename(path.c_str())));
 }
 
+std::vector<std::string> DesktopEntries::applicationFolders()
+{
+    std::vector<std::string> folders;
+    for (const std::string& folder : dataFolders())
+        folders.push_back((std::filesystem::path(folder) / "applications").string());
+    return folders;
+}
+
+void DesktopEntries::forget()
+{
+    installed_.clear();
+    loaded_ = false;
+}
+
 const std::vector<DesktopEntry>& DesktopEntries::installed()
 {
-    auto now = std::chrono::steady_clock::now();
-    if (!installed_.empty() && now - loadedAt_ < reloadInterval)
+    if (loaded_)
         return installed_;
-    installed_.clear();
-    loadedAt_ = now;
+    loaded_ = true;
     GObjectListHandle all(g_app_info_get_all());
     for (GList* item = all.get(); item; item = item->next) {
         if (!G_IS_DESKTOP_APP_INFO(item->data))

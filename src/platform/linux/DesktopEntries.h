@@ -1,6 +1,5 @@
 #pragma once
 
-#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
@@ -20,7 +19,8 @@ struct DesktopEntry {
     std::string startupWindowClass;
 };
 
-// The installed desktop entries of the XDG data folders, read through GIO.
+// The installed desktop entries of the XDG data folders, read through GIO. The list is read when
+// first needed and kept until forget(), which the desktop calls when the entry folders change.
 class DesktopEntries {
 public:
     std::optional<DesktopEntry> withId(const std::string& id) const;
@@ -35,12 +35,17 @@ public:
     // The icon file the entry's Icon names: itself when absolute, else the largest size found in the
     // hicolor theme or the pixmaps folder of an XDG data folder.
     static std::optional<std::string> iconFile(const DesktopEntry&);
+    // The folders desktop entries are installed in: `applications` of each XDG data folder.
+    static std::vector<std::string> applicationFolders();
+
+    // Entries were installed, changed or removed: the list is read again when next needed.
+    void forget();
 
 private:
     const std::vector<DesktopEntry>& installed();
 
     std::vector<DesktopEntry> installed_;
-    std::chrono::steady_clock::time_point loadedAt_;
+    bool loaded_ = false;
 };
 
 } // namespace vardel::linux_desktop

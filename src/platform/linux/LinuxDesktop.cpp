@@ -47,6 +47,8 @@ namespace vardel::linux_desktop {
 
 namespace {
 
+// An installation writes several entries and icons at once: they are taken together.
+constexpr double desktopEntryChangeLatencySeconds = 1;
 constexpr const char* identifierPreference = "LinuxDesktop_applicationIdentifiers";
 // Seconds the relaunch script waits instead of the delay the tracker asks for.
 constexpr const char* relaunchDelayPreference = "LinuxDesktop_relaunchDelay";
@@ -195,6 +197,8 @@ struct LinuxDesktop::State {
     SocketScriptingCommands scriptingCommands;
     std::map<int, PollRunLoop::SourceId> fileEventSources;
     InotifyFileEventStreams fileEventStreams;
+    // Identities found through desktop entries hold until an entry folder changes.
+    std::unique_ptr<FileEventStream> desktopEntryFolders;
     std::unique_ptr<LoginItems> loginItems;
 
     void openX11(const char* display)
@@ -264,6 +268,13 @@ std::unique_ptr<LinuxDesktop> LinuxDesktop::open(
                            "without documents or web pages.");
         state->accessibility = std::make_unique<UnavailableAccessibility>();
     }
+    auto entryFolders = DesktopEntries::applicationFolders();
+    // The user's folder is made when missing, so that the first entry installed there is seen too.
+    std::error_code ignored;
+    std::filesystem::create_directories(entryFolders.front(), ignored);
+    state->desktopEntryFolders = state->fileEventStreams.create(entryFolders, desktopEntryChangeLatencySeconds,
+        [raw = state.get()](const auto&) { raw->identity.desktopEntriesChanged(); });
+    state->desktopEntryFolders->start();
     auto desktop = std::unique_ptr<LinuxDesktop>(new LinuxDesktop(std::move(state)));
     desktop->state_->loginItems = makeLoginItems(stores, desktop->state_->executablePath);
     return desktop;

@@ -2,6 +2,7 @@
 
 #include "platform/linux/AudioStreamList.h"
 #include "platform/linux/ProcessAncestry.h"
+#include "platform/linux/RetryDelays.h"
 
 #include <charconv>
 #include <cstring>
@@ -13,7 +14,9 @@ namespace vardel::linux_desktop {
 
 namespace {
 
-constexpr pa_usec_t reconnectDelayMicroseconds = 2 * PA_USEC_PER_SEC;
+// A lost server is tried again soon; one that is not there at all, less and less often.
+constexpr auto firstReconnectDelay = std::chrono::seconds(2);
+constexpr auto longestReconnectDelay = std::chrono::seconds(30);
 constexpr const char* clientName = "Vardel Tracker";
 
 struct MainloopDeleter {
@@ -92,6 +95,7 @@ struct PulseAudioStreams::Client {
     // Everything below is touched on the main loop's thread, or under its lock.
     ContextHandle context;
     pa_time_event* reconnectTimer = nullptr;
+    RetryDelays reconnectDelays { firstReconnectDelay, longestReconnectDelay };
     AudioStreamList streams;
     uint64_t generation = 0;
     std::set<uint32_t> monitorSources;
@@ -138,8 +142,10 @@ struct PulseAudioStreams::Client {
     {
         if (reconnectTimer)
             return;
+        auto delay = reconnectDelays.failed(RetryDelays::Clock::now());
         timeval due {};
-        pa_timeval_add(pa_gettimeofday(&due), reconnectDelayMicroseconds);
+        pa_timeval_add(pa_gettimeofday(&due),
+            static_cast<pa_usec_t>(std::chrono::duration_cast<std::chrono::microseconds>(delay).count()));
         reconnectTimer = api()->time_new(api(), &due, onReconnectDue, this);
     }
 
@@ -147,6 +153,7 @@ struct PulseAudioStreams::Client {
     {
         connected = true;
         unreachableReported = false;
+        reconnectDelays.succeeded();
         notices.emplace_back("Watching the audio server's streams for calls");
         auto mask = static_cast<pa_subscription_mask_t>(
             PA_SUBSCRIPTION_MASK_SINK_INPUT | PA_SUBSCRIPTION_MASK_SOURCE_OUTPUT | PA_SUBSCRIPTION_MASK_SOURCE);

@@ -14,7 +14,6 @@ namespace {
 constexpr int callTimeoutMilliseconds = 1000;
 // The first reading, at start-up, waits for its answers; a service that is slow then is given less.
 constexpr int firstReadTimeoutMilliseconds = 300;
-constexpr auto refreshInterval = std::chrono::seconds(5);
 // The platform's assertion level for "on".
 constexpr int assertionOn = 255;
 constexpr const char* idleAssertionType = "PreventUserIdleDisplaySleep";
@@ -183,22 +182,31 @@ SessionInhibitors::SessionInhibitors()
     readNow();
 }
 
-// A bus that restarted closed its connection: the next reading makes a new one.
+// A bus that restarted closed its connection: a later reading makes a new one.
 void SessionInhibitors::connectIfGone()
 {
-    if (MessageBus::isGone(systemBus_)) {
+    auto now = RetryDelays::Clock::now();
+    if (MessageBus::isGone(systemBus_) && systemBusRetries_.isDue(now)) {
         systemBus_ = MessageBus::connect(G_BUS_TYPE_SYSTEM);
-        if (systemBus_)
+        if (systemBus_) {
+            systemBusRetries_.succeeded();
             logindSubscription_ = g_dbus_connection_signal_subscribe(systemBus_.get(), logindService,
                 "org.freedesktop.DBus.Properties", "PropertiesChanged", logindPath, nullptr, G_DBUS_SIGNAL_FLAGS_NONE,
                 onChangeAnnounced, this, nullptr);
+        } else {
+            systemBusRetries_.failed(now);
+        }
     }
-    if (MessageBus::isGone(sessionBus_)) {
+    if (MessageBus::isGone(sessionBus_) && sessionBusRetries_.isDue(now)) {
         sessionBus_ = MessageBus::connect(G_BUS_TYPE_SESSION);
-        if (sessionBus_)
+        if (sessionBus_) {
+            sessionBusRetries_.succeeded();
             sessionManagerSubscription_ = g_dbus_connection_signal_subscribe(sessionBus_.get(), sessionManagerService,
                 "org.gnome.SessionManager", nullptr, sessionManagerPath, nullptr, G_DBUS_SIGNAL_FLAGS_NONE,
                 onChangeAnnounced, this, nullptr);
+        } else {
+            sessionBusRetries_.failed(now);
+        }
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "platform/PowerManagement.h"
 #include "platform/linux/GLibHandles.h"
+#include "platform/linux/RetryDelays.h"
 
 #include <chrono>
 #include <functional>
@@ -69,6 +70,12 @@ private:
     std::vector<LogindInhibitor> logindInhibitors_;
     std::vector<SessionManagerInhibitor> sessionManagerInhibitors_;
     std::chrono::steady_clock::time_point lastRefresh_ {};
+    // A bus that is not there (no system bus in a container) is looked for less and less often.
+    RetryDelays systemBusRetries_ { refreshInterval, longestReconnectDelay };
+    RetryDelays sessionBusRetries_ { refreshInterval, longestReconnectDelay };
+
+    static constexpr auto refreshInterval = std::chrono::seconds(5);
+    static constexpr auto longestReconnectDelay = std::chrono::seconds(60);
 };
 
 } // namespace vardel::linux_desktop
