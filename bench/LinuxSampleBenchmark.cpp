@@ -308,17 +308,19 @@ void chromiumSample(benchmark::State& state)
     std::optional<FloorProbe> floor;
     std::optional<FloorProbe::Reading> floorReading;
     auto probeShowsPage = [&] { return floorReading && floorReading->address.find("page.html") != std::string::npos; };
-    bool pageFound = false;
-    for (int attempt = 0; attempt < 100 && !(pageFound && probeShowsPage()); ++attempt) {
-        pageFound = showsPage(trackerSample());
+    std::optional<VDActivity> warmActivity;
+    for (int attempt = 0; attempt < 100 && !(showsPage(warmActivity) && probeShowsPage()); ++attempt) {
+        warmActivity = trackerSample();
         if (!floor)
             floor = FloorProbe::forProcess(chromium);
         floorReading = floor ? floor->sample() : std::nullopt;
-        if (!pageFound || !probeShowsPage())
+        if (!showsPage(warmActivity) || !probeShowsPage())
             serveFor(0.2);
     }
-    if (!pageFound || !probeShowsPage()) {
-        state.SkipWithError(pageFound ? "the floor probe did not find the page" : "the sample did not find the page");
+    if (!showsPage(warmActivity) || !probeShowsPage()) {
+        std::string message = showsPage(warmActivity) ? std::string("the floor probe did not find the page")
+                                                      : "the sample did not find the page: " + describe(warmActivity);
+        state.SkipWithError(message.c_str());
         Platform::install(nullptr);
         return;
     }
