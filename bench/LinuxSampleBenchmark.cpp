@@ -1,6 +1,9 @@
 // One whole sample on the real Linux backend: Chromium in front on a headless X11 desktop, and
 // Firefox in front in a headless Wayland session (sway), each showing a page of 5,000 elements.
-// Reports the time per warm sample and the AT-SPI calls it makes.
+// Reports the time per warm sample and the AT-SPI calls it makes. Chromium's sample is measured
+// beside the least a sample of that page can cost, in the same process on the same page, back to
+// back and at the tracker's pace of one sample a second (VARDEL_BENCH_PACED_SAMPLES of each, 5
+// unless set).
 
 #include "activity/VDInfoExtractor.h"
 #include "extractors/BuiltInExtractors.h"
@@ -8,6 +11,7 @@
 #include "platform/ProcessWide.h"
 #include "platform/linux/ApplicationIdentifierTable.h"
 #include "platform/linux/AtspiAccessibility.h"
+#include "platform/linux/GLibHandles.h"
 #include "platform/linux/LinuxDesktop.h"
 #include "platform/linux/MemoryPreferenceStore.h"
 #include "support/HeadlessDesktop.h"
@@ -18,12 +22,17 @@
 #include <benchmark/benchmark.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <arpa/inet.h>
+#include <atspi/atspi.h>
 #include <charconv>
 #include <cstdint>
+#include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <netinet/in.h>
 #include <string_view>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -62,6 +71,206 @@ std::string pageHtml()
     return html + "</body></html>";
 }
 
+using linux_desktop::GArrayHandle;
+using linux_desktop::GHashTableHandle;
+using linux_desktop::GMallocHandle;
+using linux_desktop::GObjectHandle;
+
+// The least a sample of a browser's page costs, asked of libatspi directly: the application's
+// frames in one request, the active one's state, name and pid, the showing web document found with
+// one Collection.GetMatches, its address and its title. Counts the calls that may reach the
+// application or the bus.
+class FloorProbe {
+public:
+    struct Reading {
+        std::string windowTitle;
+        pid_t pid = 0;
+        std::string address;
+        std::string pageTitle;
+    };
+
+    // Nothing when the process has no application on the accessibility bus.
+    static std::optional<FloorProbe> forProcess(pid_t pid)
+    {
+        GObjectHandle<AtspiAccessible> desktop(atspi_get_desktop(0));
+        int count = atspi_accessible_get_child_count(desktop.get(), nullptr);
+        for (int index = 0; index < count; ++index) {
+            GObjectHandle<AtspiAccessible> application(
+                atspi_accessible_get_child_at_index(desktop.get(), index, nullptr));
+            if (application && atspi_accessible_get_process_id(application.get(), nullptr) == static_cast<guint>(pid))
+                return FloorProbe(std::move(application));
+        }
+        return std::nullopt;
+    }
+
+    std::optional<Reading> sample()
+    {
+        auto frame = activeFrame();
+        if (!frame)
+            return std::nullopt;
+        Reading reading;
+        reading.windowTitle = text(atspi_accessible_get_name(frame.get(), nullptr));
+        ++calls_;
+        reading.pid = static_cast<pid_t>(atspi_accessible_get_process_id(application_.get(), nullptr));
+        ++calls_;
+        auto document = showingDocument(frame.get());
+        if (!document)
+            return std::nullopt;
+        reading.address = address(document.get());
+        reading.pageTitle = text(atspi_accessible_get_name(document.get(), nullptr));
+        ++calls_;
+        return reading;
+    }
+
+    uint64_t calls() const { return calls_; }
+
+private:
+    explicit FloorProbe(GObjectHandle<AtspiAccessible> application)
+        : application_(std::move(application))
+    {
+    }
+
+    static std::string text(gchar* handedOver)
+    {
+        GMallocHandle<gchar> owned(handedOver);
+        return owned ? owned.get() : "";
+    }
+
+    // Matches by the rule below the element, outermost first; one reference handed over per match.
+    std::vector<GObjectHandle<AtspiAccessible>> matches(
+        AtspiAccessible* accessible, AtspiMatchRule* rule, int count, bool descend)
+    {
+        GObjectHandle<AtspiCollection> collection(atspi_accessible_get_collection_iface(accessible));
+        std::vector<GObjectHandle<AtspiAccessible>> found;
+        if (!collection)
+            return found;
+        ++calls_;
+        GArrayHandle array(atspi_collection_get_matches(
+            collection.get(), rule, ATSPI_Collection_SORT_ORDER_CANONICAL, count, descend, nullptr));
+        for (guint index = 0; array && index < array->len; ++index)
+            found.emplace_back(g_array_index(array.get(), AtspiAccessible*, index));
+        return found;
+    }
+
+    GObjectHandle<AtspiAccessible> activeFrame()
+    {
+        GObjectHandle<AtspiMatchRule> everything(
+            atspi_match_rule_new(nullptr, ATSPI_Collection_MATCH_NONE, nullptr, ATSPI_Collection_MATCH_NONE, nullptr,
+                ATSPI_Collection_MATCH_NONE, nullptr, ATSPI_Collection_MATCH_NONE, FALSE));
+        for (auto& frame : matches(application_.get(), everything.get(), 0, false)) {
+            GObjectHandle<AtspiStateSet> states(atspi_accessible_get_state_set(frame.get()));
+            ++calls_;
+            if (states && atspi_state_set_contains(states.get(), ATSPI_STATE_ACTIVE))
+                return std::move(frame);
+        }
+        return nullptr;
+    }
+
+    GObjectHandle<AtspiAccessible> showingDocument(AtspiAccessible* frame)
+    {
+        GObjectHandle<AtspiStateSet> showing(atspi_state_set_new(nullptr));
+        atspi_state_set_add(showing.get(), ATSPI_STATE_SHOWING);
+        GArrayHandle roles(g_array_new(FALSE, FALSE, sizeof(AtspiRole)));
+        AtspiRole webDocument = ATSPI_ROLE_DOCUMENT_WEB;
+        g_array_append_val(roles.get(), webDocument);
+        GObjectHandle<AtspiMatchRule> rule(
+            atspi_match_rule_new(showing.get(), ATSPI_Collection_MATCH_ALL, nullptr, ATSPI_Collection_MATCH_NONE,
+                roles.get(), ATSPI_Collection_MATCH_ANY, nullptr, ATSPI_Collection_MATCH_NONE, FALSE));
+        auto found = matches(frame, rule.get(), 1, true);
+        return found.empty() ? nullptr : std::move(found.front());
+    }
+
+    std::string address(AtspiAccessible* document)
+    {
+        GObjectHandle<AtspiDocument> interface(atspi_accessible_get_document_iface(document));
+        if (!interface)
+            return "";
+        ++calls_;
+        GHashTableHandle attributes(atspi_document_get_document_attributes(interface.get(), nullptr));
+        auto* uri = attributes ? static_cast<const char*>(g_hash_table_lookup(attributes.get(), "URI")) : nullptr;
+        return uri ? uri : "";
+    }
+
+    GObjectHandle<AtspiAccessible> application_;
+    uint64_t calls_ = 0;
+};
+
+// Wall and CPU seconds of whatever runs; CPU of the whole process, so that work libatspi or the bus
+// library does on another thread counts too.
+struct Cost {
+    double wall = 0;
+    double cpu = 0;
+};
+
+double processCpuSeconds()
+{
+    rusage usage {};
+    ::getrusage(RUSAGE_SELF, &usage);
+    auto seconds = [](const timeval& time) { return double(time.tv_sec) + double(time.tv_usec) / 1e6; };
+    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+template<typename Work> Cost measure(Work work)
+{
+    double cpuBefore = processCpuSeconds();
+    auto started = std::chrono::steady_clock::now();
+    work();
+    return { std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count(),
+        processCpuSeconds() - cpuBefore };
+}
+
+// Medians: the machine is shared, and a few samples that waited for another build say little.
+struct Costs {
+    std::vector<double> wall;
+    std::vector<double> cpu;
+
+    void add(Cost cost)
+    {
+        wall.push_back(cost.wall);
+        cpu.push_back(cost.cpu);
+    }
+    static double median(std::vector<double> values)
+    {
+        if (values.empty())
+            return 0;
+        auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+        std::nth_element(values.begin(), middle, values.end());
+        return *middle;
+    }
+    double wallMilliseconds() const { return median(wall) * 1000; }
+    double cpuMilliseconds() const { return median(cpu) * 1000; }
+};
+
+int pacedSamples()
+{
+    const char* asked = std::getenv("VARDEL_BENCH_PACED_SAMPLES");
+    int count = 5;
+    if (asked)
+        std::from_chars(asked, asked + std::strlen(asked), count);
+    return std::max(count, 0);
+}
+
+bool showsPage(const std::optional<VDActivity>& activity)
+{
+    return activity && activity->details.documentPath.value_or("").find("page.html") != std::string::npos;
+}
+
+std::string describe(const std::optional<VDActivity>& activity)
+{
+    if (!activity)
+        return "no frontmost application";
+    return activity->applicationBundleIdentifier.value_or("?") + " " + activity->details.windowTitle.value_or("?") + " "
+        + activity->details.documentPath.value_or("?");
+}
+
+std::optional<VDActivity> trackerSample()
+{
+    auto activity = VDInfoExtractor::currentActivity();
+    if (activity)
+        VDInfoExtractor::callInfoExtractorForActivity(*activity);
+    return activity;
+}
+
 void chromiumSample(benchmark::State& state)
 {
     testing::HeadlessDesktop desktop;
@@ -88,39 +297,91 @@ void chromiumSample(benchmark::State& state)
     auto platform = linux_desktop::LinuxDesktop::open({ defaults, preferences, domains }, trace);
     Platform::install(platform.get());
     auto& accessibility = dynamic_cast<linux_desktop::AtspiAccessibility&>(platform->accessibility());
+    // As the tracker does between samples, the run loop serves what arrived meanwhile.
+    auto serveFor = [&](double seconds) {
+        platform->runLoop().schedule(seconds, [&] { platform->runLoop().stop(0, "paused"); });
+        platform->runLoop().run();
+    };
 
     // Warm: the first contact with an application costs more, and a large page takes a while to
-    // reach the accessibility tree.
-    bool pageFound = false;
-    for (int attempt = 0; attempt < 100 && !pageFound; ++attempt) {
-        auto activity = VDInfoExtractor::currentActivity();
-        VDInfoExtractor::callInfoExtractorForActivity(*activity);
-        pageFound = activity->details.documentPath.value_or("").find("page.html") != std::string::npos;
-        if (!pageFound) {
-            // As the tracker does between samples, let the run loop serve what arrived meanwhile.
-            platform->runLoop().schedule(0.2, [&] { platform->runLoop().stop(0, "warm"); });
-            platform->runLoop().run();
-        }
+    // reach the accessibility tree; Chromium marks its frame active a while after X11 does.
+    std::optional<FloorProbe> floor;
+    std::optional<FloorProbe::Reading> floorReading;
+    auto probeShowsPage = [&] { return floorReading && floorReading->address.find("page.html") != std::string::npos; };
+    std::optional<VDActivity> warmActivity;
+    for (int attempt = 0; attempt < 100 && !(showsPage(warmActivity) && probeShowsPage()); ++attempt) {
+        warmActivity = trackerSample();
+        if (!floor)
+            floor = FloorProbe::forProcess(chromium);
+        floorReading = floor ? floor->sample() : std::nullopt;
+        if (!showsPage(warmActivity) || !probeShowsPage())
+            serveFor(0.2);
     }
+    if (!showsPage(warmActivity) || !probeShowsPage()) {
+        std::string message = showsPage(warmActivity) ? std::string("the floor probe did not find the page")
+                                                      : "the sample did not find the page: " + describe(warmActivity);
+        state.SkipWithError(message.c_str());
+        Platform::install(nullptr);
+        return;
+    }
+
+    // Back to back: each iteration times one tracker sample, then one probe.
+    Costs tracker;
+    Costs probe;
     uint64_t callsBefore = accessibility.callCount();
+    uint64_t floorCallsBefore = floor->calls();
+    std::string failure;
     for (auto _ : state) {
-        auto activity = VDInfoExtractor::currentActivity();
-        VDInfoExtractor::callInfoExtractorForActivity(*activity);
-        if (activity->details.documentPath.value_or("").find("page.html") == std::string::npos) {
-            std::string message
-                = "the sample did not find the page: " + activity->applicationBundleIdentifier.value_or("?") + " "
-                + activity->details.windowTitle.value_or("?") + " " + activity->details.documentPath.value_or("?");
-            state.SkipWithError(message.c_str());
+        std::optional<VDActivity> activity;
+        Cost cost = measure([&] { activity = trackerSample(); });
+        tracker.add(cost);
+        state.SetIterationTime(cost.wall);
+        probe.add(measure([&] { floorReading = floor->sample(); }));
+        if (!showsPage(activity)) {
+            failure = "the sample did not find the page: " + describe(activity);
             break;
         }
-        benchmark::DoNotOptimize(activity);
+        if (!floorReading) {
+            failure = "the floor probe lost the page";
+            break;
+        }
     }
-    state.counters["atspiCallsPerSample"]
-        = static_cast<double>(accessibility.callCount() - callsBefore) / static_cast<double>(state.iterations());
+    auto iterations = static_cast<double>(state.iterations());
+    state.counters["atspiCallsPerSample"] = static_cast<double>(accessibility.callCount() - callsBefore) / iterations;
+    state.counters["floorCallsPerSample"] = static_cast<double>(floor->calls() - floorCallsBefore) / iterations;
+
+    // At the tracker's pace: a second between samples, the probe half a second after each.
+    Costs pacedTracker;
+    Costs pacedProbe;
+    for (int sample = 0; sample < pacedSamples() && failure.empty(); ++sample) {
+        serveFor(0.5);
+        std::optional<VDActivity> activity;
+        pacedTracker.add(measure([&] { activity = trackerSample(); }));
+        serveFor(0.5);
+        pacedProbe.add(measure([&] { floorReading = floor->sample(); }));
+        if (!showsPage(activity) || !floorReading)
+            failure = "a paced sample did not find the page: " + describe(activity);
+    }
     Platform::install(nullptr);
+    if (!failure.empty()) {
+        state.SkipWithError(failure.c_str());
+        return;
+    }
+    state.counters["trackerMs"] = tracker.wallMilliseconds();
+    state.counters["trackerCpuMs"] = tracker.cpuMilliseconds();
+    state.counters["floorMs"] = probe.wallMilliseconds();
+    state.counters["floorCpuMs"] = probe.cpuMilliseconds();
+    state.counters["ratio"] = tracker.wallMilliseconds() / probe.wallMilliseconds();
+    if (!pacedTracker.wall.empty()) {
+        state.counters["pacedTrackerMs"] = pacedTracker.wallMilliseconds();
+        state.counters["pacedTrackerCpuMs"] = pacedTracker.cpuMilliseconds();
+        state.counters["pacedFloorMs"] = pacedProbe.wallMilliseconds();
+        state.counters["pacedFloorCpuMs"] = pacedProbe.cpuMilliseconds();
+        state.counters["pacedRatio"] = pacedTracker.wallMilliseconds() / pacedProbe.wallMilliseconds();
+    }
 }
 
-BENCHMARK(chromiumSample)->Unit(benchmark::kMillisecond)->Iterations(200);
+BENCHMARK(chromiumSample)->Unit(benchmark::kMillisecond)->Iterations(200)->UseManualTime();
 
 // What a child process measured: each sample's seconds and the AT-SPI calls per sample, or why it
 // could not.

@@ -38,6 +38,44 @@ TEST_F(LinuxDesktopEndToEndTest, ChromiumPageTitleAddressFullScreenAndDump)
     EXPECT_NE(dump.find(pageHeading), std::string::npos) << dump;
 }
 
+// The tracker follows a window's page from one sample to the next instead of searching for it; a
+// page in another tab or window, or a browser that quit, must still show in the samples.
+TEST_F(LinuxDesktopEndToEndTest, ChromiumTabsWindowsAndQuittingReachTheSamples)
+{
+    auto lastChromiumPage = [](const Trace& trace) {
+        auto last = activities(trace);
+        return last.empty() || last.back()["bundleIdentifier"] != "org.chromium.Chromium"
+            ? nlohmann::json()
+            : last.back()["details"]["documentPath"];
+    };
+    startContractApplication();
+    pid_t chromium = startChromium();
+    desktop().waitForActiveWindow(chromium, pageTitle, 30);
+    std::string firstWindow = desktop().activeWindowId();
+    startTracker();
+    waitForTrace([&](const Trace& trace) { return lastChromiumPage(trace) == pageUrl(); });
+
+    // Another tab in the same window.
+    startChromium(otherPageUrl());
+    waitForTrace([&](const Trace& trace) { return lastChromiumPage(trace) == otherPageUrl(); });
+
+    // Another window, showing the first page again.
+    startChromium(pageUrl(), { "--new-window" });
+    waitForTrace([&](const Trace& trace) { return lastChromiumPage(trace) == pageUrl(); });
+    EXPECT_NE(desktop().activeWindowId(), firstWindow);
+
+    // Back to the first window, which still shows the other tab.
+    desktop().run("wmctrl", { "-i", "-a", firstWindow });
+    waitForTrace([&](const Trace& trace) { return lastChromiumPage(trace) == otherPageUrl(); });
+
+    stop(chromium);
+    desktop().run("wmctrl", { "-a", "Contract Window" });
+    waitForTrace([](const Trace& trace) {
+        auto last = activities(trace);
+        return !last.empty() && last.back()["details"]["windowTitle"] == "Contract Window";
+    });
+}
+
 TEST_F(LinuxDesktopEndToEndTest, FirefoxPageAndPrivateWindow)
 {
     // The page's address and title reach the accessibility tree a while after the window, one after

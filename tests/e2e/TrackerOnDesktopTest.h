@@ -32,6 +32,7 @@ using namespace std::chrono_literals;
 
 inline constexpr const char* pageTitle = "Vardel Test Page";
 inline constexpr const char* pageHeading = "Tracked Heading";
+inline constexpr const char* otherPageTitle = "Vardel Other Page";
 
 inline int freePort()
 {
@@ -105,6 +106,8 @@ struct SuiteDesktop {
         std::ofstream(site.path() / "page.html")
             << "<!DOCTYPE html><html><head><title>" << pageTitle << "</title></head><body><h1>" << pageHeading
             << "</h1><p>A paragraph to read.</p><a href=\"/other.html\">Another page</a></body></html>";
+        std::ofstream(site.path() / "other.html") << "<!DOCTYPE html><html><head><title>" << otherPageTitle
+                                                  << "</title></head><body><p>Another page.</p></body></html>";
         // A call with itself: the microphone goes through a peer connection to the speaker.
         std::ofstream(site.path() / "call.html") << R"(<!DOCTYPE html><html><head><title>Vardel Call</title></head>
 <body><h1>Call</h1><audio id="remote" autoplay></audio><script>
@@ -159,6 +162,7 @@ protected:
     HeadlessDesktop& desktop() { return suite_->desktop; }
     const std::string& pageUrl() { return suite_->pageUrl; }
     std::string callUrl() { return "http://127.0.0.1:" + std::to_string(suite_->port) + "/call.html"; }
+    std::string otherPageUrl() { return "http://127.0.0.1:" + std::to_string(suite_->port) + "/other.html"; }
     TestAudioServer& audio() { return suite_->audio; }
 
     // Where a desktop entry for the contract application goes; the test that writes one has it
@@ -182,15 +186,19 @@ protected:
         std::erase(started_, pid);
     }
 
-    // Microphone requests are granted without asking, and pages may play sound at once.
-    pid_t startChromium(const std::string& url = {})
+    // Microphone requests are granted without asking, and pages may play sound at once. Started again
+    // while it runs, Chromium hands the address to the running browser (a tab, or a window with
+    // --new-window) and exits.
+    pid_t startChromium(const std::string& url = {}, const std::vector<std::string>& more = {})
     {
-        return start("/usr/bin/chromium",
-            { "--no-sandbox", "--no-first-run", "--no-default-browser-check", "--disable-background-networking",
-                "--disable-component-update", "--disable-sync", "--disable-gpu", "--password-store=basic",
-                "--force-renderer-accessibility", "--use-fake-ui-for-media-stream",
-                "--autoplay-policy=no-user-gesture-required",
-                "--user-data-dir=" + (folder_ / "chromium-profile").string(), url.empty() ? pageUrl() : url });
+        std::vector<std::string> arguments { "--no-sandbox", "--no-first-run", "--no-default-browser-check",
+            "--disable-background-networking", "--disable-component-update", "--disable-sync", "--disable-gpu",
+            "--password-store=basic", "--force-renderer-accessibility", "--use-fake-ui-for-media-stream",
+            "--autoplay-policy=no-user-gesture-required",
+            "--user-data-dir=" + (folder_ / "chromium-profile").string() };
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        arguments.push_back(url.empty() ? pageUrl() : url);
+        return start("/usr/bin/chromium", arguments);
     }
 
     pid_t startFirefox(const std::string& profileName, bool privateWindow, const std::string& url = {})

@@ -16,6 +16,8 @@ namespace vardel::linux_desktop {
 namespace {
 
 constexpr std::chrono::milliseconds defaultTimeout { 2000 };
+// Longer than a sample takes, shorter than the time between two.
+constexpr std::chrono::milliseconds sampleAnswersLifetime { 250 };
 
 // The proxy behind one of our elements that stands for a remote object: the system-wide element
 // stands for the whole desktop.
@@ -39,6 +41,7 @@ std::unique_ptr<AtspiAccessibility> AtspiAccessibility::connect(X11WindowFacts* 
 AtspiAccessibility::AtspiAccessibility(X11WindowFacts* windowFacts)
     : windowFacts_(windowFacts)
     , guard_(defaultTimeout)
+    , answers_(sampleAnswersLifetime)
 {
 }
 
@@ -46,7 +49,8 @@ std::optional<AXUIElement> AtspiAccessibility::createApplication(ProcessIdentifi
 {
     if (pid <= 0)
         return std::nullopt;
-    AtspiCalls calls(guard_);
+    answers_.forget();
+    AtspiCalls calls(guard_, &answers_);
     // A remembered application still answers to its pid unless it has gone.
     if (auto known = applications_.find(pid); known != applications_.end()) {
         if (calls.processId(AtspiElement::accessibleOf(known->second)) == pid)
@@ -75,7 +79,7 @@ AXResult<Value> AtspiAccessibility::copyAttributeValue(const AXUIElement& elemen
     AtspiAccessible* accessible = remoteAccessibleOf(element);
     if (!accessible)
         return AXResult<Value>::failure(AXErrorCode::noValue);
-    AtspiCalls calls(guard_);
+    AtspiCalls calls(guard_, &answers_);
     auto value = AtspiAttributeReader(calls, windowFacts_).read(accessible, attribute);
     if (!value)
         return AXResult<Value>::failure(calls.error());
@@ -87,7 +91,7 @@ AXResult<std::vector<std::string>> AtspiAccessibility::copyAttributeNames(const 
     AtspiAccessible* accessible = remoteAccessibleOf(element);
     if (!accessible)
         return AXResult<std::vector<std::string>>::failure(AXErrorCode::illegalArgument);
-    AtspiCalls calls(guard_);
+    AtspiCalls calls(guard_, &answers_);
     auto names = AtspiAttributeReader(calls, windowFacts_).names(accessible);
     if (names.empty())
         return AXResult<std::vector<std::string>>::failure(calls.error());
@@ -99,7 +103,7 @@ AXResult<std::vector<std::string>> AtspiAccessibility::copyActionNames(const AXU
     AtspiAccessible* accessible = remoteAccessibleOf(element);
     if (!accessible)
         return AXResult<std::vector<std::string>>::failure(AXErrorCode::illegalArgument);
-    AtspiCalls calls(guard_);
+    AtspiCalls calls(guard_, &answers_);
     auto names = AtspiActions(calls).names(accessible);
     if (calls.error() == AXErrorCode::cannotComplete)
         return AXResult<std::vector<std::string>>::failure(calls.error());
@@ -111,7 +115,7 @@ AXResult<std::string> AtspiAccessibility::copyActionDescription(const AXUIElemen
     AtspiAccessible* accessible = remoteAccessibleOf(element);
     if (!accessible)
         return AXResult<std::string>::failure(AXErrorCode::illegalArgument);
-    AtspiCalls calls(guard_);
+    AtspiCalls calls(guard_, &answers_);
     auto index = AtspiActions(calls).indexOf(accessible, action);
     if (!index)
         return AXResult<std::string>::failure(AXErrorCode::actionUnsupported);
@@ -126,6 +130,8 @@ AXError AtspiAccessibility::performAction(const AXUIElement& element, std::strin
     AtspiAccessible* accessible = remoteAccessibleOf(element);
     if (!accessible)
         return AXErrorCode::illegalArgument;
+    // What the action changes is read afresh.
+    answers_.forget();
     AtspiCalls calls(guard_);
     auto index = AtspiActions(calls).indexOf(accessible, action);
     if (!index)
@@ -139,6 +145,8 @@ AXError AtspiAccessibility::setAttributeValue(
     AtspiAccessible* accessible = remoteAccessibleOf(element);
     if (!accessible)
         return AXErrorCode::illegalArgument;
+    // What the write changes is read afresh.
+    answers_.forget();
     AtspiCalls calls(guard_);
     return AtspiAttributeWriter(calls).write(accessible, attribute, value);
 }
@@ -148,7 +156,7 @@ AXResult<bool> AtspiAccessibility::isAttributeSettable(const AXUIElement& elemen
     AtspiAccessible* accessible = remoteAccessibleOf(element);
     if (!accessible)
         return AXResult<bool>::failure(AXErrorCode::illegalArgument);
-    AtspiCalls calls(guard_);
+    AtspiCalls calls(guard_, &answers_);
     bool settable = AtspiAttributeWriter(calls).isSettable(accessible, attribute);
     if (calls.error() == AXErrorCode::cannotComplete)
         return AXResult<bool>::failure(calls.error());
@@ -160,7 +168,7 @@ AXResult<int64_t> AtspiAccessibility::attributeValueCount(const AXUIElement& ele
     AtspiAccessible* accessible = remoteAccessibleOf(element);
     if (!accessible)
         return AXResult<int64_t>::failure(AXErrorCode::illegalArgument);
-    AtspiCalls calls(guard_);
+    AtspiCalls calls(guard_, &answers_);
     if (attribute == "AXChildren") {
         int count = calls.childCount(accessible);
         if (calls.error() != AXErrorCode::noValue)
@@ -178,7 +186,7 @@ AXResult<ProcessIdentifier> AtspiAccessibility::pid(const AXUIElement& element)
     AtspiAccessible* accessible = remoteAccessibleOf(element);
     if (!accessible)
         return AXResult<ProcessIdentifier>::failure(AXErrorCode::illegalArgument);
-    AtspiCalls calls(guard_);
+    AtspiCalls calls(guard_, &answers_);
     auto pid = calls.processId(accessible);
     if (!pid)
         return AXResult<ProcessIdentifier>::failure(
@@ -191,7 +199,7 @@ AXResult<AXUIElement> AtspiAccessibility::copyElementAtPosition(const AXUIElemen
     AtspiAccessible* accessible = remoteAccessibleOf(application);
     if (!accessible || !std::isfinite(x) || !std::isfinite(y))
         return AXResult<AXUIElement>::failure(AXErrorCode::illegalArgument);
-    AtspiCalls calls(guard_);
+    AtspiCalls calls(guard_, &answers_);
     auto hit = AtspiHitTest(calls).deepestElementAt(accessible, { x, y });
     if (!hit)
         return AXResult<AXUIElement>::failure(calls.error());

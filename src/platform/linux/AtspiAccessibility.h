@@ -2,6 +2,7 @@
 
 #include "platform/Accessibility.h"
 #include "platform/linux/AtspiCallGuard.h"
+#include "platform/linux/AtspiSampleAnswers.h"
 #include "platform/linux/X11WindowFacts.h"
 
 #include <map>
@@ -14,7 +15,9 @@ namespace vardel::linux_desktop {
 // AT-SPI cannot tell about them (full screen, the active one, titles left empty) comes from X11.
 //
 // Every call is bounded by the messaging time-out; AtspiCallGuard keeps a frozen application from
-// costing a sample more than one time-out.
+// costing a sample more than one time-out. What an application answered is remembered for the rest
+// of the sample: a sample starts when the logic asks for an application element, and ends at the
+// latest a short while later or at a write.
 class AtspiAccessibility final : public Accessibility {
 public:
     // Nothing when there is no accessibility bus. The facts may be nullptr.
@@ -45,6 +48,7 @@ private:
 
     X11WindowFacts* windowFacts_;
     AtspiCallGuard guard_;
+    AtspiSampleAnswers answers_;
     // Application elements by pid, found once among the desktop's children.
     std::map<ProcessIdentifier, AXUIElement> applications_;
 };

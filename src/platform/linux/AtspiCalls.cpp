@@ -65,8 +65,10 @@ std::optional<int> AtspiCalls::role(AtspiAccessible* accessible)
 
 std::optional<std::string> AtspiCalls::name(AtspiAccessible* accessible)
 {
-    return takeText(run(accessible, static_cast<gchar*>(nullptr),
-        [&](GError** failure) { return atspi_accessible_get_name(accessible, failure); }));
+    return remembered(accessible, &AtspiSampleAnswers::Answers::name, [&] {
+        return takeText(run(accessible, static_cast<gchar*>(nullptr),
+            [&](GError** failure) { return atspi_accessible_get_name(accessible, failure); }));
+    });
 }
 
 std::optional<std::string> AtspiCalls::description(AtspiAccessible* accessible)
@@ -77,25 +79,42 @@ std::optional<std::string> AtspiCalls::description(AtspiAccessible* accessible)
 
 std::optional<std::string> AtspiCalls::identifier(AtspiAccessible* accessible)
 {
-    auto id = takeText(run(accessible, static_cast<gchar*>(nullptr),
-        [&](GError** failure) { return atspi_accessible_get_accessible_id(accessible, failure); }));
-    return id && !id->empty() ? id : std::nullopt;
+    return remembered(accessible, &AtspiSampleAnswers::Answers::identifier, [&] {
+        auto id = takeText(run(accessible, static_cast<gchar*>(nullptr),
+            [&](GError** failure) { return atspi_accessible_get_accessible_id(accessible, failure); }));
+        return id && !id->empty() ? id : std::nullopt;
+    });
 }
 
 bool AtspiCalls::hasState(AtspiAccessible* accessible, AtspiStateType state)
 {
-    GObjectHandle<AtspiStateSet> states(run(accessible, static_cast<AtspiStateSet*>(nullptr),
-        [&](GError**) { return atspi_accessible_get_state_set(accessible); }));
-    return states && atspi_state_set_contains(states.get(), state);
+    return (states(accessible) >> state & 1) != 0;
+}
+
+uint64_t AtspiCalls::states(AtspiAccessible* accessible)
+{
+    static_assert(ATSPI_STATE_LAST_DEFINED <= 64, "states fit in 64 bits");
+    return remembered(accessible, &AtspiSampleAnswers::Answers::states, [&] {
+        GObjectHandle<AtspiStateSet> set(run(accessible, static_cast<AtspiStateSet*>(nullptr),
+            [&](GError**) { return atspi_accessible_get_state_set(accessible); }));
+        uint64_t bits = 0;
+        for (int state = 0; set && state < ATSPI_STATE_LAST_DEFINED; ++state) {
+            if (atspi_state_set_contains(set.get(), static_cast<AtspiStateType>(state)))
+                bits |= uint64_t(1) << state;
+        }
+        return bits;
+    });
 }
 
 std::optional<AXUIElement> AtspiCalls::parent(AtspiAccessible* accessible)
 {
-    GObjectHandle<AtspiAccessible> parent(run(accessible, static_cast<AtspiAccessible*>(nullptr),
-        [&](GError** failure) { return atspi_accessible_get_parent(accessible, failure); }));
-    if (!parent)
-        return std::nullopt;
-    return AtspiElement::adopt(std::move(parent));
+    return remembered(accessible, &AtspiSampleAnswers::Answers::parent, [&]() -> std::optional<AXUIElement> {
+        GObjectHandle<AtspiAccessible> parent(run(accessible, static_cast<AtspiAccessible*>(nullptr),
+            [&](GError** failure) { return atspi_accessible_get_parent(accessible, failure); }));
+        if (!parent)
+            return std::nullopt;
+        return AtspiElement::adopt(std::move(parent));
+    });
 }
 
 int AtspiCalls::childCount(AtspiAccessible* accessible)
@@ -105,9 +124,20 @@ int AtspiCalls::childCount(AtspiAccessible* accessible)
 
 std::vector<AXUIElement> AtspiCalls::children(AtspiAccessible* accessible)
 {
-    if (auto all = childrenInOneCall(accessible))
-        return std::move(*all);
-    return childrenOneByOne(accessible);
+    auto found = remembered(accessible, &AtspiSampleAnswers::Answers::children, [&] {
+        if (auto all = childrenInOneCall(accessible))
+            return std::move(*all);
+        return childrenOneByOne(accessible);
+    });
+    // Their parent is then known without asking: a window's, for finding its X11 window.
+    if (answers_ && !found.empty()) {
+        AXUIElement parent = AtspiElement::adopt(
+            GObjectHandle<AtspiAccessible>(static_cast<AtspiAccessible*>(g_object_ref(accessible))));
+        auto now = AtspiSampleAnswers::Clock::now();
+        for (const AXUIElement& child : found)
+            answers_->about(AtspiElement::accessibleOf(child), now).parent = parent;
+    }
+    return found;
 }
 
 // A collection query that matches everything and does not descend answers with the element's
@@ -159,8 +189,10 @@ std::vector<AXUIElement> AtspiCalls::windowsOf(AtspiAccessible* application)
 
 std::map<std::string, std::string> AtspiCalls::objectAttributes(AtspiAccessible* accessible)
 {
-    return takeTable(run(accessible, static_cast<GHashTable*>(nullptr),
-        [&](GError** failure) { return atspi_accessible_get_attributes(accessible, failure); }));
+    return remembered(accessible, &AtspiSampleAnswers::Answers::objectAttributes, [&] {
+        return takeTable(run(accessible, static_cast<GHashTable*>(nullptr),
+            [&](GError** failure) { return atspi_accessible_get_attributes(accessible, failure); }));
+    });
 }
 
 std::optional<std::string> AtspiCalls::objectAttribute(AtspiAccessible* accessible, const char* key)
@@ -172,19 +204,21 @@ std::optional<std::string> AtspiCalls::objectAttribute(AtspiAccessible* accessib
 
 std::optional<Rect> AtspiCalls::extents(AtspiAccessible* accessible)
 {
-    GObjectHandle<AtspiComponent> component(atspi_accessible_get_component_iface(accessible));
-    if (!component)
-        return std::nullopt;
-    GMallocHandle<AtspiRect> rect(run(accessible, static_cast<AtspiRect*>(nullptr), [&](GError** failure) {
-        return atspi_component_get_extents(component.get(), ATSPI_COORD_TYPE_SCREEN, failure);
-    }));
-    if (!rect)
-        return std::nullopt;
-    Rect frame { { double(rect->x), double(rect->y) }, { double(rect->width), double(rect->height) } };
-    // Objects that are not laid out report -1 or nothing at all.
-    if (frame.size.width < 0 || frame.size.height < 0)
-        return std::nullopt;
-    return frame;
+    return remembered(accessible, &AtspiSampleAnswers::Answers::extents, [&]() -> std::optional<Rect> {
+        GObjectHandle<AtspiComponent> component(atspi_accessible_get_component_iface(accessible));
+        if (!component)
+            return std::nullopt;
+        GMallocHandle<AtspiRect> rect(run(accessible, static_cast<AtspiRect*>(nullptr), [&](GError** failure) {
+            return atspi_component_get_extents(component.get(), ATSPI_COORD_TYPE_SCREEN, failure);
+        }));
+        if (!rect)
+            return std::nullopt;
+        Rect frame { { double(rect->x), double(rect->y) }, { double(rect->width), double(rect->height) } };
+        // Objects that are not laid out report -1 or nothing at all.
+        if (frame.size.width < 0 || frame.size.height < 0)
+            return std::nullopt;
+        return frame;
+    });
 }
 
 std::optional<std::string> AtspiCalls::documentAddress(AtspiAccessible* accessible)
@@ -234,11 +268,13 @@ std::optional<double> AtspiCalls::numericValue(AtspiAccessible* accessible)
 
 std::optional<ProcessIdentifier> AtspiCalls::processId(AtspiAccessible* accessible)
 {
-    guint pid
-        = run(accessible, 0u, [&](GError** failure) { return atspi_accessible_get_process_id(accessible, failure); });
-    if (lastCallFailed_ || pid == 0)
-        return std::nullopt;
-    return static_cast<ProcessIdentifier>(pid);
+    return remembered(accessible, &AtspiSampleAnswers::Answers::processId, [&]() -> std::optional<ProcessIdentifier> {
+        guint pid = run(
+            accessible, 0u, [&](GError** failure) { return atspi_accessible_get_process_id(accessible, failure); });
+        if (lastCallFailed_ || pid == 0)
+            return std::nullopt;
+        return static_cast<ProcessIdentifier>(pid);
+    });
 }
 
 // The application stops walking its tree at the last document asked for, so a small count spares it

@@ -5,6 +5,7 @@
 #include "platform/linux/AtspiCallGuard.h"
 #include "platform/linux/AtspiElement.h"
 #include "platform/linux/AtspiErrors.h"
+#include "platform/linux/AtspiSampleAnswers.h"
 #include "platform/linux/GLibHandles.h"
 
 #include <atspi/atspi.h>
@@ -18,11 +19,13 @@ namespace vardel::linux_desktop {
 
 // The libatspi calls one request of the logic makes. Every call goes through the guard, so that a
 // frozen application is not asked; error() is the error of the last call that failed (noValue while
-// none has), for the request to report.
+// none has), for the request to report. With the sample's answers, a question already answered in
+// the sample is not asked again; failed calls are not remembered.
 class AtspiCalls {
 public:
-    explicit AtspiCalls(AtspiCallGuard& guard)
+    explicit AtspiCalls(AtspiCallGuard& guard, AtspiSampleAnswers* answers = nullptr)
         : guard_(guard)
+        , answers_(answers)
     {
     }
 
@@ -38,6 +41,7 @@ public:
         lastCallFailed_ = true;
         if (!guard_.admit(busName, started)) {
             error_ = AXErrorCode::cannotComplete;
+            ++failures_;
             return fallback;
         }
         GError* reported = nullptr;
@@ -46,8 +50,10 @@ public:
         lastCallFailed_ = failure != nullptr;
         if (failure)
             error_ = axErrorFor(*failure);
-        if (guard_.finish(busName, started, AtspiCallGuard::Clock::now()))
+        bool timedOut = guard_.finish(busName, started, AtspiCallGuard::Clock::now());
+        if (timedOut)
             error_ = AXErrorCode::cannotComplete;
+        failures_ += lastCallFailed_ || timedOut ? 1 : 0;
         return result;
     }
 
@@ -97,13 +103,31 @@ public:
     AXError setTextContents(AtspiAccessible*, const std::string&);
 
 private:
+    // The sample's answer in the slot, else what ask() answers, remembered unless a call failed.
+    template<typename Answer, typename Ask>
+    Answer remembered(AtspiAccessible* accessible, std::optional<Answer> AtspiSampleAnswers::Answers::*slot, Ask ask)
+    {
+        if (!answers_)
+            return ask();
+        auto& known = answers_->about(accessible, AtspiSampleAnswers::Clock::now()).*slot;
+        if (known)
+            return *known;
+        uint64_t failuresBefore = failures_;
+        Answer answer = ask();
+        if (failures_ == failuresBefore)
+            answers_->about(accessible, AtspiSampleAnswers::Clock::now()).*slot = answer;
+        return answer;
+    }
+    uint64_t states(AtspiAccessible*);
     std::optional<std::vector<AXUIElement>> childrenInOneCall(AtspiAccessible*);
     std::vector<AXUIElement> childrenOneByOne(AtspiAccessible*);
     AXError outcome(gboolean done) const { return done ? AXErrorCode::success : error_; }
 
     AtspiCallGuard& guard_;
+    AtspiSampleAnswers* answers_;
     AXError error_ = AXErrorCode::noValue;
     bool lastCallFailed_ = false;
+    uint64_t failures_ = 0;
 };
 
 } // namespace vardel::linux_desktop
