@@ -1,5 +1,8 @@
 #include "product/DatabaseTransaction.h"
 
+#include "platform/Platform.h"
+#include "platform/ProcessWide.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -8,14 +11,22 @@ namespace vardel {
 
 namespace {
 
+// An administrator may set another minimum in the preferences, in seconds; the end-to-end tests use a
+// few seconds so that a call saved without asking need not last a minute.
+ProcessWide<double> minimumDurationSeconds([] {
+    auto asked = platform().productPreferences().getDouble("TaskActivityDescriptor_minimumDuration");
+    return asked && *asked >= 0 ? *asked : TaskActivityDescriptor::minimumDurationSeconds;
+});
+
 std::optional<DatabaseError> refusal(const TaskActivityDescriptor& descriptor, bool preventTooShortDurations)
 {
     if (descriptor.durationSeconds() < 0)
         return DatabaseError { DatabaseError::Kind::endsBeforeStart, "The time entry ends before it starts." };
-    if (preventTooShortDurations && descriptor.durationSeconds() < TaskActivityDescriptor::minimumDurationSeconds)
+    double minimum = minimumDurationSeconds.get();
+    if (preventTooShortDurations && descriptor.durationSeconds() < minimum)
         return DatabaseError { DatabaseError::Kind::tooShort,
-            "The time entry is shorter than the minimum of "
-                + std::to_string(static_cast<int>(TaskActivityDescriptor::minimumDurationSeconds)) + " seconds." };
+            "The time entry is shorter than the minimum of " + std::to_string(static_cast<int>(minimum))
+                + " seconds." };
     return std::nullopt;
 }
 

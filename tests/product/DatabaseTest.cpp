@@ -154,6 +154,12 @@ TEST_F(DatabaseTest, ShortEntriesAreRefusedBelowOneMinuteOnlyWhenPrevented)
     EXPECT_NE(messages[0].find("shorter than the minimum of 60 seconds"), std::string::npos);
     EXPECT_NE(messages[1].find("ends before it starts"), std::string::npos);
     EXPECT_EQ(events("timeEntry").size(), 2u);
+
+    // The preferences may lower the minimum.
+    platform().productPreferences().setObject("TaskActivityDescriptor_minimumDuration", Value(5.0));
+    ProcessWideState::resetAll();
+    EXPECT_TRUE(attempt(entry("Call", "2026-01-05T10:00:00Z", "2026-01-05T10:00:05Z"), true));
+    EXPECT_FALSE(attempt(entry("Call", "2026-01-05T10:00:00Z", "2026-01-05T10:00:04Z"), true));
 }
 
 TEST_F(DatabaseTest, FailedMutationRollsBackEveryChangeAndIsPresented)
