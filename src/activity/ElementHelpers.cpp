@@ -190,6 +190,18 @@ std::optional<AXUIElement> firstElementWithDOMIdentifier(const ElementList& elem
     return found == elements.end() ? std::nullopt : std::optional(*found);
 }
 
+std::optional<AXUIElement> firstElementWithIdentifier(const ElementList& elements, std::string_view identifier)
+{
+    auto found = std::find_if(elements.begin(), elements.end(),
+        [&](const auto& element) { return stringAttribute(AX::identifier, element) == identifier; });
+    return found == elements.end() ? std::nullopt : std::optional(*found);
+}
+
+std::optional<AXUIElement> firstChildWithRole(const AXUIElement& element, std::string_view role)
+{
+    return firstElementWithRole(children(element), role);
+}
+
 bool isHeading(const AXUIElement& element)
 {
     return hasRole(element, AX::headingRole);

@@ -40,6 +40,8 @@ std::optional<AXUIElement> lastElementWithRole(const ElementList&, std::string_v
 std::optional<AXUIElement> firstElementWithRoleAndSubrole(
     const ElementList&, std::string_view role, std::string_view subrole);
 std::optional<AXUIElement> firstElementWithDOMIdentifier(const ElementList&, std::string_view identifier);
+std::optional<AXUIElement> firstElementWithIdentifier(const ElementList&, std::string_view identifier);
+std::optional<AXUIElement> firstChildWithRole(const AXUIElement&, std::string_view role);
 bool isHeading(const AXUIElement&);
 
 // The first non-empty text among the element's attributes, in the order given.

@@ -1,5 +1,14 @@
 #include "calls/CallProperties.h"
 
+namespace vardel {
+
+Value textOrNil(const std::optional<std::string>& text)
+{
+    return Value(text.value_or("(nil)"));
+}
+
+} // namespace vardel
+
 namespace vardel::CallPropertiesJson {
 
 namespace {

@@ -38,6 +38,9 @@ struct ApplicationAndMetadata {
 
 // The JSON form that travels in notifications: dates as seconds since 2001-01-01, the platform
 // encoder's default, and absent texts left out.
+// A text for the analytics events, which write "(nil)" for a missing one.
+Value textOrNil(const std::optional<std::string>& text);
+
 namespace CallPropertiesJson {
 nlohmann::json encode(const CallProperties&);
 std::optional<CallProperties> decode(const nlohmann::json&);

@@ -26,16 +26,6 @@ constexpr int immediateSaveLine = 622;
 constexpr int editorSaveLine = 784;
 constexpr int editedEntryLine = 640;
 
-PreferenceStore& preferences()
-{
-    return platform().productPreferences();
-}
-
-Value textOrNil(const std::optional<std::string>& text)
-{
-    return Value(text.value_or("(nil)"));
-}
-
 void logSensitiveEvent(std::string name, Value::Dictionary attributes)
 {
     AnalyticsWrapper::logEvent(
@@ -182,7 +172,7 @@ void CallTimeEntryOffers::presentCallEndedNotification(const CallProperties& cal
         title,
         "Click here to record time for this call.",
         categoryIdentifier,
-        preferences().getBool("RunningCallDetector_playSoundWhenMeetingDetected").value_or(false),
+        platform().productPreferences().getBool("RunningCallDetector_playSoundWhenMeetingDetected").value_or(false),
         { { "callProperties", Value(jsonText(CallPropertiesJson::encode(call))) }, { "bundleIdentifier", Value(key) } },
     };
     platform().userNotificationCenter().deliver(notification);
@@ -209,7 +199,7 @@ void CallTimeEntryOffers::handleResponse(
     } else if (action == "doNotAskAgainForThisApp") {
         stopAskingForApplication(userInfo);
     } else if (action == "doNotAskAgain") {
-        preferences().setObject("callNotificationMode", Value(2));
+        platform().productPreferences().setObject("callNotificationMode", Value(2));
     }
 }
 
@@ -225,11 +215,11 @@ void CallTimeEntryOffers::stopAskingForApplication(const Value::Dictionary& user
         return;
     }
     constexpr const char* disabledKey = "RunningCallDetector_appsWithCallTrackingDisabled";
-    auto disabled = preferences().getStringList(disabledKey).value_or(std::vector<std::string> {});
+    auto disabled = platform().productPreferences().getStringList(disabledKey).value_or(std::vector<std::string> {});
     if (std::find(disabled.begin(), disabled.end(), *key) == disabled.end()) {
         disabled.push_back(*key);
         Value::List list(disabled.begin(), disabled.end());
-        preferences().setObject(disabledKey, Value(std::move(list)));
+        platform().productPreferences().setObject(disabledKey, Value(std::move(list)));
     }
     auto call = decodedCall(userInfo);
     logSensitiveEvent("RunningCallDetector.doNotAskAgainForThisApp",

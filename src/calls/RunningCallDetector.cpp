@@ -68,11 +68,6 @@ CallNotificationMode callNotificationMode()
     return CallNotificationMode::notification;
 }
 
-Value textOrNil(const std::optional<std::string>& text)
-{
-    return Value(text.value_or("(nil)"));
-}
-
 void logEvent(std::string name, Value::Dictionary attributes, AnalyticsFrequency frequency, bool sensitive)
 {
     std::vector<AnalyticsFlag> flags;

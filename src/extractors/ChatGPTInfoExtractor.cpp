@@ -29,11 +29,6 @@ constexpr std::string_view applicationName = "ChatGPT";
 constexpr std::string_view separator = ", ";
 constexpr const char* newChat = "New Chat";
 
-std::optional<AXUIElement> firstChildWithRole(const AXUIElement& element, std::string_view role)
-{
-    return ElementHelpers::firstElementWithRole(ElementHelpers::children(element), role);
-}
-
 // A text that begins with the application's name is the application (or its model) speaking.
 std::optional<std::string> conversationName(std::optional<std::string> text)
 {
@@ -44,7 +39,7 @@ std::optional<std::string> conversationName(std::optional<std::string> text)
 
 std::optional<std::string> toolbarName(const AXUIElement& window)
 {
-    auto toolbar = firstChildWithRole(window, "AXToolbar");
+    auto toolbar = ElementHelpers::firstChildWithRole(window, "AXToolbar");
     if (!toolbar)
         return std::nullopt;
     for (const AXUIElement& item : ElementHelpers::children(*toolbar)) {
@@ -58,8 +53,8 @@ std::optional<std::string> toolbarName(const AXUIElement& window)
 
 bool hasConversationArea(const AXUIElement& window)
 {
-    auto group = firstChildWithRole(window, AX::groupRole);
-    auto splitGroup = group ? firstChildWithRole(*group, "AXSplitGroup") : std::nullopt;
+    auto group = ElementHelpers::firstChildWithRole(window, AX::groupRole);
+    auto splitGroup = group ? ElementHelpers::firstChildWithRole(*group, "AXSplitGroup") : std::nullopt;
     return splitGroup && ElementHelpers::lastElementWithRole(ElementHelpers::children(*splitGroup), AX::scrollAreaRole);
 }
 

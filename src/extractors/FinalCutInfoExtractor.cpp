@@ -34,18 +34,13 @@ constexpr size_t maximumAncestryLength = 100;
 // small.
 constexpr int maximumRowTextDepth = 5;
 
-std::optional<AXUIElement> firstChildWithRole(const AXUIElement& element, std::string_view role)
-{
-    return ElementHelpers::firstElementWithRole(ElementHelpers::children(element), role);
-}
-
 ElementList panes(const AXUIElement& splitGroup)
 {
     ElementList paneSplitGroups;
     for (const AXUIElement& child : ElementHelpers::children(splitGroup)) {
         if (ElementHelpers::roleText(child) != AX::groupRole)
             continue;
-        if (auto inner = firstChildWithRole(child, AX::splitGroupRole))
+        if (auto inner = ElementHelpers::firstChildWithRole(child, AX::splitGroupRole))
             paneSplitGroups.push_back(*inner);
     }
     return ElementHelpers::childrenOfElements(paneSplitGroups);
@@ -100,7 +95,7 @@ std::optional<AXUIElement> secondOutline(const ElementList& orderedPanes)
     for (const char* role : { AX::scrollAreaRole, AX::outlineRole }) {
         if (!element)
             return std::nullopt;
-        element = firstChildWithRole(*element, role);
+        element = ElementHelpers::firstChildWithRole(*element, role);
     }
     return element;
 }
@@ -114,7 +109,7 @@ std::optional<AXUIElement> selectedRow(const std::optional<AXUIElement>& outline
 
 std::optional<std::string> valueOfFirstChild(const AXUIElement& row, std::string_view role)
 {
-    auto child = firstChildWithRole(row, role);
+    auto child = ElementHelpers::firstChildWithRole(row, role);
     return child ? ElementHelpers::valueText(*child) : std::nullopt;
 }
 
@@ -127,7 +122,7 @@ std::optional<std::string> rowText(const AXUIElement& row, int depth)
     if (auto text = valueOfFirstChild(row, "AXStaticText"))
         return text;
     for (const char* role : { "AXCell", AX::groupRole }) {
-        auto child = firstChildWithRole(row, role);
+        auto child = ElementHelpers::firstChildWithRole(row, role);
         if (auto text = child ? rowText(*child, depth + 1) : std::nullopt)
             return text;
     }
@@ -161,7 +156,7 @@ void appendTexts(std::vector<std::string>& texts, const std::optional<AXUIElemen
 std::vector<std::string> selectionPath(const AXUIElement& window)
 {
     std::vector<std::string> texts;
-    auto splitGroup = firstChildWithRole(window, AX::splitGroupRole);
+    auto splitGroup = ElementHelpers::firstChildWithRole(window, AX::splitGroupRole);
     if (!splitGroup)
         return texts;
     ElementList orderedPanes = orderedTopToBottom(panes(*splitGroup));

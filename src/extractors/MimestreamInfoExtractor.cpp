@@ -8,6 +8,7 @@
 
 #include "activity/AccessibilityNames.h"
 #include "activity/ElementHelpers.h"
+#include "product/TextHelpers.h"
 
 namespace vardel {
 
@@ -20,37 +21,26 @@ constexpr const char* newMessageTitle = "New Message";
 // Assigned by the application's interface builder, so it may change with a new version.
 constexpr const char* messageTextIdentifier = "_NS:129";
 
-void appendIfNonEmpty(std::vector<std::string>& list, const std::optional<std::string>& text)
-{
-    if (text && !text->empty())
-        list.push_back(*text);
-}
-
-std::optional<AXUIElement> childWithRole(const AXUIElement& element, std::string_view role)
-{
-    return ElementHelpers::firstElementWithRole(ElementHelpers::children(element), role);
-}
-
 std::vector<std::string> composeContext(const AXUIElement& window)
 {
     std::vector<std::string> context;
-    if (auto account = childWithRole(window, AX::popUpButtonRole))
-        appendIfNonEmpty(context, ElementHelpers::valueText(*account));
+    if (auto account = ElementHelpers::firstChildWithRole(window, AX::popUpButtonRole))
+        TextHelpers::appendIfNonEmpty(context, ElementHelpers::valueText(*account));
     context.push_back(newMessageTitle);
     auto subject = ElementHelpers::titleText(window);
     if (subject != newMessageTitle)
-        appendIfNonEmpty(context, subject);
+        TextHelpers::appendIfNonEmpty(context, subject);
     return context;
 }
 
 // The children of the selected message's first cell.
 ElementList selectedMessageTexts(const AXUIElement& window)
 {
-    auto splitGroup = childWithRole(window, AX::splitGroupRole);
+    auto splitGroup = ElementHelpers::firstChildWithRole(window, AX::splitGroupRole);
     if (!splitGroup)
         return {};
     auto messageList = ElementHelpers::lastElementWithRole(ElementHelpers::children(*splitGroup), AX::scrollAreaRole);
-    auto table = messageList ? childWithRole(*messageList, AX::tableRole) : std::nullopt;
+    auto table = messageList ? ElementHelpers::firstChildWithRole(*messageList, AX::tableRole) : std::nullopt;
     if (!table)
         return {};
     ElementList rows = ElementHelpers::selectedRows(*table);
@@ -60,24 +50,15 @@ ElementList selectedMessageTexts(const AXUIElement& window)
     return cells.empty() ? ElementList {} : ElementHelpers::children(cells.front());
 }
 
-std::optional<AXUIElement> elementWithIdentifier(const ElementList& elements, std::string_view identifier)
-{
-    for (const AXUIElement& element : elements) {
-        if (ElementHelpers::stringAttribute(AX::identifier, element) == identifier)
-            return element;
-    }
-    return std::nullopt;
-}
-
 std::vector<std::string> mailboxContext(const AXUIElement& window)
 {
     std::vector<std::string> context;
-    appendIfNonEmpty(context, ElementHelpers::titleText(window));
+    TextHelpers::appendIfNonEmpty(context, ElementHelpers::titleText(window));
     ElementList texts = selectedMessageTexts(window);
     if (auto first = ElementHelpers::firstElementWithRole(texts, AX::staticTextRole))
-        appendIfNonEmpty(context, ElementHelpers::valueText(*first));
-    if (auto identified = elementWithIdentifier(texts, messageTextIdentifier))
-        appendIfNonEmpty(context, ElementHelpers::valueText(*identified));
+        TextHelpers::appendIfNonEmpty(context, ElementHelpers::valueText(*first));
+    if (auto identified = ElementHelpers::firstElementWithIdentifier(texts, messageTextIdentifier))
+        TextHelpers::appendIfNonEmpty(context, ElementHelpers::valueText(*identified));
     return context;
 }
 

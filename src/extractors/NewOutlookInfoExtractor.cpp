@@ -52,12 +52,6 @@ constexpr int maxFolderDepth = 100;
 ProcessWide<RegularExpression> summaryExpression(
     [] { return RegularExpression::literal("Subject: (.+), Sender: ([^,]+),"); });
 
-void appendIfNonEmpty(Texts& list, const std::optional<std::string>& text)
-{
-    if (text && !text->empty())
-        list.push_back(*text);
-}
-
 void appendAll(Texts& list, Texts more)
 {
     list.insert(list.end(), std::make_move_iterator(more.begin()), std::make_move_iterator(more.end()));
@@ -68,29 +62,15 @@ std::optional<std::string> nonEmpty(std::optional<std::string> text)
     return text && !text->empty() ? text : std::nullopt;
 }
 
-std::optional<AXUIElement> childWithRole(const AXUIElement& element, std::string_view role)
-{
-    return ElementHelpers::firstElementWithRole(ElementHelpers::children(element), role);
-}
-
 // Follows one child of the given role per step; nothing as soon as a step finds none.
 std::optional<AXUIElement> descendByRoles(std::optional<AXUIElement> element, std::initializer_list<const char*> roles)
 {
     for (const char* role : roles) {
         if (!element)
             return std::nullopt;
-        element = childWithRole(*element, role);
+        element = ElementHelpers::firstChildWithRole(*element, role);
     }
     return element;
-}
-
-std::optional<AXUIElement> elementWithIdentifier(const ElementList& elements, std::string_view identifier)
-{
-    for (const AXUIElement& element : elements) {
-        if (ElementHelpers::stringAttribute(AX::identifier, element) == identifier)
-            return element;
-    }
-    return std::nullopt;
 }
 
 std::optional<AXUIElement> parentRow(const AXUIElement& row)
@@ -102,7 +82,7 @@ std::optional<AXUIElement> parentRow(const AXUIElement& row)
 
 std::optional<std::string> folderName(const AXUIElement& row)
 {
-    auto cell = childWithRole(row, cellRole);
+    auto cell = ElementHelpers::firstChildWithRole(row, cellRole);
     if (!cell)
         return std::nullopt;
     for (const AXUIElement& candidate : ElementHelpers::childrenOfElements(ElementHelpers::children(*cell))) {
@@ -125,7 +105,7 @@ Texts folderPath(const ElementList& panes)
     std::optional<AXUIElement> row = selected.front();
     for (int depth = 0; row && depth < maxFolderDepth && !ElementHelpers::elementListContains(visited, *row); ++depth) {
         visited.push_back(*row);
-        appendIfNonEmpty(path, folderName(*row));
+        TextHelpers::appendIfNonEmpty(path, folderName(*row));
         row = parentRow(*row);
     }
     std::reverse(path.begin(), path.end());
@@ -139,8 +119,8 @@ Texts summarisedMessage(const std::string& summary)
     if (!groups)
         return {};
     Texts message;
-    appendIfNonEmpty(message, (*groups)[2]);
-    appendIfNonEmpty(message, (*groups)[1]);
+    TextHelpers::appendIfNonEmpty(message, (*groups)[2]);
+    TextHelpers::appendIfNonEmpty(message, (*groups)[1]);
     return message;
 }
 
@@ -149,7 +129,7 @@ Texts selectedMessage(const ElementList& panes)
     auto table = descendByRoles(ElementHelpers::firstElementWithRole(panes, AX::splitGroupRole),
         { AX::splitGroupRole, AX::scrollAreaRole, AX::tableRole });
     ElementList rows = table ? ElementHelpers::selectedRows(*table) : ElementList {};
-    auto cell = rows.empty() ? std::nullopt : childWithRole(rows.front(), cellRole);
+    auto cell = rows.empty() ? std::nullopt : ElementHelpers::firstChildWithRole(rows.front(), cellRole);
     if (!cell)
         return {};
     if (auto summary = ElementHelpers::stringAttribute(AX::description, *cell)) {
@@ -157,21 +137,22 @@ Texts selectedMessage(const ElementList& panes)
             return message;
     }
     Texts sender;
-    if (auto picture = childWithRole(*cell, imageRole))
-        appendIfNonEmpty(sender, ElementHelpers::stringAttribute(AX::description, *picture));
+    if (auto picture = ElementHelpers::firstChildWithRole(*cell, imageRole))
+        TextHelpers::appendIfNonEmpty(sender, ElementHelpers::stringAttribute(AX::description, *picture));
     return sender;
 }
 
 std::optional<std::string> readingPaneSender(const ElementList& panes)
 {
-    auto header = elementWithIdentifier(panes, headerIdentifier);
+    auto header = ElementHelpers::firstElementWithIdentifier(panes, headerIdentifier);
     if (!header)
         return std::nullopt;
     ElementList below = ElementHelpers::children(*header);
-    auto from = elementWithIdentifier(below, senderHeaderIdentifier);
+    auto from = ElementHelpers::firstElementWithIdentifier(below, senderHeaderIdentifier);
     if (!from)
-        from = elementWithIdentifier(ElementHelpers::childrenOfElements(below), senderHeaderIdentifier);
-    auto button = from ? childWithRole(*from, AX::buttonRole) : std::nullopt;
+        from = ElementHelpers::firstElementWithIdentifier(
+            ElementHelpers::childrenOfElements(below), senderHeaderIdentifier);
+    auto button = from ? ElementHelpers::firstChildWithRole(*from, AX::buttonRole) : std::nullopt;
     if (!button)
         return std::nullopt;
     if (auto title = nonEmpty(ElementHelpers::titleText(*button)))
@@ -192,7 +173,7 @@ Texts mainWindowContext(const ElementList& panes)
 
 std::optional<AXUIElement> messageHeader(const ElementList& elements)
 {
-    if (auto header = elementWithIdentifier(elements, headerIdentifier))
+    if (auto header = ElementHelpers::firstElementWithIdentifier(elements, headerIdentifier))
         return header;
     if (!elements.empty() && ElementHelpers::roleText(elements.front()) == AX::groupRole)
         return elements.front();
@@ -206,7 +187,7 @@ Texts messageWindowContext(const ElementList& elements)
     std::optional<AXUIElement> second;
     if (auto header = messageHeader(elements)) {
         first = descendByRoles(header, { AX::scrollAreaRole, AX::staticTextRole, AX::buttonRole });
-        second = childWithRole(*header, AX::staticTextRole);
+        second = ElementHelpers::firstChildWithRole(*header, AX::staticTextRole);
     } else {
         first = descendByRoles(ElementHelpers::firstElementWithRole(elements, AX::scrollAreaRole),
             { AX::textFieldRole, AX::staticTextRole });
@@ -215,7 +196,7 @@ Texts messageWindowContext(const ElementList& elements)
     Texts context;
     for (const auto& element : { first, second }) {
         if (element)
-            appendIfNonEmpty(context, ElementHelpers::valueText(*element));
+            TextHelpers::appendIfNonEmpty(context, ElementHelpers::valueText(*element));
     }
     return context;
 }
@@ -238,17 +219,17 @@ Texts titleParts(const std::optional<std::string>& title)
     if (separator == std::string_view::npos)
         return {};
     Texts parts;
-    appendIfNonEmpty(parts, std::string(rest.substr(0, separator)));
-    appendIfNonEmpty(parts, std::string(rest.substr(separator + titleSeparator.size())));
+    TextHelpers::appendIfNonEmpty(parts, std::string(rest.substr(0, separator)));
+    TextHelpers::appendIfNonEmpty(parts, std::string(rest.substr(separator + titleSeparator.size())));
     return parts;
 }
 
 Texts windowContext(const AXUIElement& window)
 {
-    auto outer = childWithRole(window, AX::splitGroupRole);
+    auto outer = ElementHelpers::firstChildWithRole(window, AX::splitGroupRole);
     if (!outer)
         return {};
-    if (auto inner = childWithRole(*outer, AX::splitGroupRole))
+    if (auto inner = ElementHelpers::firstChildWithRole(*outer, AX::splitGroupRole))
         return mainWindowContext(ElementHelpers::children(*inner));
     Texts context = titleParts(ElementHelpers::titleText(window));
     appendAll(context, messageWindowContext(ElementHelpers::children(*outer)));

@@ -23,11 +23,6 @@ constexpr size_t maximumTitleLength = 50;
 // The list shows a note without a title of its own by an excerpt that begins with an ellipsis.
 constexpr std::string_view excerptMarker = "\u2026";
 
-std::optional<AXUIElement> firstChildWithRole(const AXUIElement& element, std::string_view role)
-{
-    return ElementHelpers::firstElementWithRole(ElementHelpers::children(element), role);
-}
-
 // Follows the first child of each role in turn.
 std::optional<AXUIElement> followingFirstChildren(
     std::optional<AXUIElement> element, std::initializer_list<std::string_view> roles)
@@ -35,7 +30,7 @@ std::optional<AXUIElement> followingFirstChildren(
     for (std::string_view role : roles) {
         if (!element)
             return std::nullopt;
-        element = firstChildWithRole(*element, role);
+        element = ElementHelpers::firstChildWithRole(*element, role);
     }
     return element;
 }
@@ -48,7 +43,7 @@ std::optional<AXUIElement> selectedNoteCell(const AXUIElement& window)
     auto rows = ElementHelpers::selectedRows(*noteList);
     if (rows.empty())
         return std::nullopt;
-    return firstChildWithRole(rows.front(), "AXCell");
+    return ElementHelpers::firstChildWithRole(rows.front(), "AXCell");
 }
 
 // The title is the cell's topmost line, whatever the order of its children.

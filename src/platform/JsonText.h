@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <optional>
 #include <string>
 
 namespace vardel {
@@ -12,6 +13,12 @@ namespace vardel {
 template<typename Json> std::string jsonText(const Json& json, int indent = -1)
 {
     return json.dump(indent, ' ', false, Json::error_handler_t::replace);
+}
+
+// A text, or null where there is none.
+inline nlohmann::ordered_json textOrNull(const std::optional<std::string>& text)
+{
+    return text ? nlohmann::ordered_json(*text) : nlohmann::ordered_json(nullptr);
 }
 
 } // namespace vardel

@@ -1,5 +1,6 @@
 #include "product/HelperHelper.h"
 
+#include "platform/JsonText.h"
 #include "platform/Platform.h"
 #include "product/AnalyticsWrapper.h"
 #include "product/LocalCalendar.h"
@@ -7,11 +8,6 @@
 namespace vardel {
 
 namespace {
-
-nlohmann::ordered_json optionalText(const std::optional<std::string>& text)
-{
-    return text ? nlohmann::ordered_json(*text) : nlohmann::ordered_json(nullptr);
-}
 
 nlohmann::ordered_json optionalDate(const std::optional<Date>& date)
 {
@@ -47,7 +43,7 @@ void HelperHelper::checkForAccessibilitySuccess(const AccessibilityStatistics& s
     platform().trace().write("accessibilityStats",
         { { "numberOfTimesWeHaveSeenAlwaysIgnoredApplications",
               statistics.numberOfTimesWeHaveSeenAlwaysIgnoredApplications },
-            { "lastAlwaysIgnoredApplication", optionalText(statistics.lastAlwaysIgnoredApplication) },
+            { "lastAlwaysIgnoredApplication", textOrNull(statistics.lastAlwaysIgnoredApplication) },
             { "hasEnteredAccessibilityBranchAtAll", statistics.hasEnteredAccessibilityBranchAtAll },
             { "hasSuccessfullyFetchedAccessibilityApplication",
                 statistics.hasSuccessfullyFetchedAccessibilityApplication },
@@ -55,7 +51,7 @@ void HelperHelper::checkForAccessibilitySuccess(const AccessibilityStatistics& s
             { "lastSuccessfulAccessibilityWindowFetch",
                 optionalDate(statistics.lastSuccessfulAccessibilityWindowFetch) },
             { "unsuccessfulWindowFetchesSinceLastSuccessful", statistics.unsuccessfulWindowFetchesSinceLastSuccessful },
-            { "lastApplicationWithoutWindow", optionalText(statistics.lastApplicationWithoutWindow) },
+            { "lastApplicationWithoutWindow", textOrNull(statistics.lastApplicationWithoutWindow) },
             { "lastWindowFetchError", statistics.lastWindowFetchError },
             { "hasSuccessfullyUsedAccessibility", statistics.hasSuccessfullyUsedAccessibility } });
 }

@@ -1,5 +1,6 @@
 #include "product/InfoLogger.h"
 
+#include "platform/JsonText.h"
 #include "platform/Platform.h"
 #include "product/DatabaseWrapper.h"
 #include "product/RecordedActivity.h"
@@ -10,22 +11,17 @@ namespace {
 
 using nlohmann::ordered_json;
 
-double now()
+double secondsNow()
 {
     return platform().clock().now().secondsSince1970;
-}
-
-ordered_json optionalText(const std::optional<std::string>& text)
-{
-    return text ? ordered_json(*text) : ordered_json(nullptr);
 }
 
 ordered_json encodeDetails(const VDActivityDetails& details)
 {
     return {
-        { "windowTitle", optionalText(details.windowTitle) },
-        { "documentPath", optionalText(details.documentPath) },
-        { "documentTitle", optionalText(details.documentTitle) },
+        { "windowTitle", textOrNull(details.windowTitle) },
+        { "documentPath", textOrNull(details.documentPath) },
+        { "documentTitle", textOrNull(details.documentTitle) },
         { "contextPath", details.contextPath ? ordered_json(*details.contextPath) : ordered_json(nullptr) },
         { "isPrivate", details.isPrivate },
     };
@@ -37,7 +33,7 @@ ordered_json encodeWindows(const std::optional<std::vector<AXUIElement>>& window
         return nullptr;
     ordered_json names = ordered_json::array();
     for (const AXUIElement& window : *windows)
-        names.push_back(optionalText(window.traceName()));
+        names.push_back(textOrNull(window.traceName()));
     return names;
 }
 
@@ -46,10 +42,10 @@ ordered_json encodeWindows(const std::optional<std::vector<AXUIElement>>& window
 ordered_json InfoLogger::encode(const VDActivity& activity)
 {
     return {
-        { "bundleIdentifier", optionalText(activity.applicationBundleIdentifier) },
+        { "bundleIdentifier", textOrNull(activity.applicationBundleIdentifier) },
         { "pid", activity.applicationProcessIdentifier },
-        { "localizedName", optionalText(activity.application.localizedName) },
-        { "executablePath", optionalText(activity.applicationExecutableURL) },
+        { "localizedName", textOrNull(activity.application.localizedName) },
+        { "executablePath", textOrNull(activity.applicationExecutableURL) },
         { "isFullscreen", activity.isFullscreen },
         { "saveSheet", activity.isShowingSaveSheet },
         { "accessibilityWindows", encodeWindows(activity.accessibilityWindows) },
@@ -59,7 +55,7 @@ ordered_json InfoLogger::encode(const VDActivity& activity)
 
 void InfoLogger::startSampling()
 {
-    nextSampleDue_ = now();
+    nextSampleDue_ = secondsNow();
     nextSample_ = ScheduledTimer(0, [this] {
         sample();
         scheduleNextSample();
@@ -70,7 +66,7 @@ void InfoLogger::scheduleNextSample()
 {
     // A sample that took longer than the interval (an application that did not answer) skips the
     // samples it overran instead of catching up with a burst.
-    double current = now();
+    double current = secondsNow();
     nextSampleDue_ += sampleIntervalSeconds;
     while (nextSampleDue_ < current)
         nextSampleDue_ += sampleIntervalSeconds;

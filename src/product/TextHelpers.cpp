@@ -66,6 +66,12 @@ std::string lowercased(std::string_view text)
 
 // Comparing bytes is exact for valid UTF-8: a well-formed prefix or suffix can only match on
 // character boundaries.
+void appendIfNonEmpty(std::vector<std::string>& texts, const std::optional<std::string>& text)
+{
+    if (text && !text->empty())
+        texts.push_back(*text);
+}
+
 bool hasPrefix(std::string_view text, std::string_view prefix)
 {
     return text.starts_with(prefix);

@@ -25,6 +25,8 @@ std::string lowercased(std::string_view text);
 bool hasPrefix(std::string_view text, std::string_view prefix);
 bool hasSuffix(std::string_view text, std::string_view suffix);
 bool contains(std::string_view text, std::string_view part);
+// Appends the text when there is one and it is not empty.
+void appendIfNonEmpty(std::vector<std::string>& texts, const std::optional<std::string>& text);
 
 // The parts between occurrences of the separator: n separators give n + 1 parts, empty ones
 // included. An empty separator gives the whole text.

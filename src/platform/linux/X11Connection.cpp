@@ -1,5 +1,7 @@
 #include "platform/linux/X11Connection.h"
 
+#include "platform/linux/MallocHandle.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -20,10 +22,7 @@ constexpr int dockLayer = 20;
 constexpr int popUpLayer = 101;
 constexpr uint32_t allDesktops = 0xFFFFFFFF;
 
-template<typename T> struct FreeDeleter {
-    void operator()(T* pointer) const { std::free(pointer); }
-};
-template<typename T> using Reply = std::unique_ptr<T, FreeDeleter<T>>;
+template<typename T> using Reply = MallocHandle<T>;
 
 std::string utf8Text(const xcb_ewmh_get_utf8_strings_reply_t& reply)
 {

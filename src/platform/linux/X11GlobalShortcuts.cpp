@@ -1,5 +1,6 @@
 #include "platform/linux/X11GlobalShortcuts.h"
 
+#include "platform/linux/MallocHandle.h"
 #include "platform/linux/X11Keys.h"
 
 #include <algorithm>
@@ -15,10 +16,7 @@ constexpr uint8_t badAccess = 10;
 constexpr uint32_t numLockKeysym = 0xFF7F;
 constexpr int modifierCount = 8;
 
-template<typename T> struct FreeDeleter {
-    void operator()(T* pointer) const { std::free(pointer); }
-};
-template<typename T> using Owned = std::unique_ptr<T, FreeDeleter<T>>;
+template<typename T> using Owned = MallocHandle<T>;
 
 struct ConnectionRelease {
     void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }

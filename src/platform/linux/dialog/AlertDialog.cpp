@@ -1,5 +1,7 @@
 #include "platform/linux/dialog/AlertDialog.h"
 
+#include "platform/linux/dialog/RequestText.h"
+
 #include <gtk/gtk.h>
 
 namespace vardel::dialog {
@@ -7,12 +9,6 @@ namespace vardel::dialog {
 namespace {
 
 constexpr const char* suppressionTitle = "Do not show this message again";
-
-std::string text(const nlohmann::json& request, const char* key)
-{
-    auto found = request.find(key);
-    return found != request.end() && found->is_string() ? found->get<std::string>() : std::string();
-}
 
 bool flag(const nlohmann::json& request, const char* key)
 {
@@ -38,11 +34,11 @@ std::vector<std::string> buttonTitles(const nlohmann::json& request)
 
 nlohmann::json runAlert(const nlohmann::json& request)
 {
-    GtkWidget* dialog = gtk_message_dialog_new(
-        nullptr, GTK_DIALOG_MODAL, GTK_MESSAGE_WARNING, GTK_BUTTONS_NONE, "%s", text(request, "message").c_str());
+    GtkWidget* dialog = gtk_message_dialog_new(nullptr, GTK_DIALOG_MODAL, GTK_MESSAGE_WARNING, GTK_BUTTONS_NONE, "%s",
+        requestText(request, "message").c_str());
     gtk_window_set_title(GTK_WINDOW(dialog), "Vardel Tracker");
     gtk_window_set_keep_above(GTK_WINDOW(dialog), TRUE);
-    if (std::string informative = text(request, "informativeText"); !informative.empty())
+    if (std::string informative = requestText(request, "informativeText"); !informative.empty())
         gtk_message_dialog_format_secondary_text(GTK_MESSAGE_DIALOG(dialog), "%s", informative.c_str());
     // Response ids count from 1, as the answer does.
     auto titles = buttonTitles(request);

@@ -1,5 +1,7 @@
 #include "platform/linux/dialog/EntryEditorDialog.h"
 
+#include "platform/linux/dialog/RequestText.h"
+
 #include <cmath>
 #include <gtk/gtk.h>
 #include <memory>
@@ -24,12 +26,6 @@ struct TimeZoneRelease {
 struct CharsRelease {
     void operator()(gchar* text) const { g_free(text); }
 };
-
-std::string text(const nlohmann::json& request, const char* key)
-{
-    auto found = request.find(key);
-    return found != request.end() && found->is_string() ? found->get<std::string>() : std::string();
-}
 
 double seconds(const nlohmann::json& request, const char* key)
 {
@@ -116,7 +112,7 @@ std::variant<nlohmann::json, std::string> savedEntry(const EditorFields& fields,
 
 nlohmann::json runEntryEditor(const nlohmann::json& request)
 {
-    std::string heading = text(request, "heading");
+    std::string heading = requestText(request, "heading");
     GtkWidget* dialog = gtk_dialog_new_with_buttons(
         heading.c_str(), nullptr, GTK_DIALOG_MODAL, "Cancel", cancelResponse, "Save", saveResponse, nullptr);
     gtk_window_set_keep_above(GTK_WINDOW(dialog), TRUE);
@@ -134,7 +130,7 @@ nlohmann::json runEntryEditor(const nlohmann::json& request)
     gtk_grid_set_row_spacing(GTK_GRID(grid), 6);
     gtk_grid_set_column_spacing(GTK_GRID(grid), 8);
     auto project = request.find("project");
-    EditorFields fields { addField(GTK_GRID(grid), 0, "Title", text(request, "title")),
+    EditorFields fields { addField(GTK_GRID(grid), 0, "Title", requestText(request, "title")),
         addField(GTK_GRID(grid), 1, "Project",
             project != request.end() && project->is_string() ? project->get<std::string>() : std::string()),
         addField(GTK_GRID(grid), 2, "Start", localText(seconds(request, "start"))),
