@@ -16,6 +16,7 @@
 #include "platform/linux/MemoryPreferenceStore.h"
 #include "support/HeadlessDesktop.h"
 #include "support/HeadlessWaylandDesktop.h"
+#include "support/LoopbackPorts.h"
 #include "support/TemporaryFolder.h"
 #include "support/WaitUntil.h"
 
@@ -44,18 +45,6 @@ constexpr int pageElements = 5000;
 constexpr const char* pageTitle = "Benchmark Page";
 constexpr uint16_t pagePort = 48123;
 constexpr uint16_t waylandPagePort = 48124;
-
-bool acceptsConnections(uint16_t port)
-{
-    int probe = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address {};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    bool connected = ::connect(probe, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
-    ::close(probe);
-    return connected;
-}
 
 // Sections of paragraphs, each paragraph holding a link: about pageElements elements.
 std::string pageHtml()
@@ -278,7 +267,7 @@ void chromiumSample(benchmark::State& state)
     std::ofstream(site.path() / "page.html") << pageHtml();
     desktop.start("python3",
         { "-m", "http.server", std::to_string(pagePort), "--bind", "127.0.0.1", "--directory", site.path().string() });
-    if (!testing::waitUntil([] { return acceptsConnections(pagePort); }, std::chrono::seconds(10))) {
+    if (!testing::waitUntil([] { return testing::acceptsConnections(pagePort); }, std::chrono::seconds(10))) {
         state.SkipWithError("the page server did not start");
         return;
     }
@@ -506,7 +495,7 @@ void firefoxWaylandSample(benchmark::State& state)
     std::ofstream(site / "page.html") << pageHtml();
     desktop.start("/usr/bin/python3",
         { "-m", "http.server", std::to_string(waylandPagePort), "--bind", "127.0.0.1", "--directory", site.string() });
-    if (!testing::waitUntil([] { return acceptsConnections(waylandPagePort); }, std::chrono::seconds(10))) {
+    if (!testing::waitUntil([] { return testing::acceptsConnections(waylandPagePort); }, std::chrono::seconds(10))) {
         state.SkipWithError("the page server did not start");
         return;
     }

@@ -7,6 +7,7 @@
 // what the test command's run uses; scripts/bench measures a minute).
 
 #include "support/HeadlessDesktop.h"
+#include "support/LoopbackPorts.h"
 #include "support/TemporaryFolder.h"
 #include "support/TraceFile.h"
 #include "support/WaitUntil.h"
@@ -92,18 +93,6 @@ testing::Trace samplesOf(const std::filesystem::path& trace)
             samples.push_back(std::move(event));
     }
     return samples;
-}
-
-bool acceptsConnections(uint16_t port)
-{
-    int probe = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address {};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    bool connected = ::connect(probe, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
-    ::close(probe);
-    return connected;
 }
 
 // A process's CPU time and its count of samples at one moment.
@@ -195,7 +184,7 @@ void measureChromium(benchmark::State& state)
     std::ofstream(site.path() / "page.html") << page << "</body></html>";
     desktop.start("python3",
         { "-m", "http.server", std::to_string(pagePort), "--bind", "127.0.0.1", "--directory", site.path().string() });
-    if (!testing::waitUntil([] { return acceptsConnections(pagePort); }, 10s)) {
+    if (!testing::waitUntil([] { return testing::acceptsConnections(pagePort); }, 10s)) {
         state.SkipWithError("the page server did not start");
         return;
     }

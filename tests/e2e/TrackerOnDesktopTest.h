@@ -4,6 +4,7 @@
 
 #include "e2e/SharedDesktop.h"
 #include "support/HeadlessDesktop.h"
+#include "support/LoopbackPorts.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestAudioServer.h"
 #include "support/TraceFile.h"
@@ -33,31 +34,6 @@ using namespace std::chrono_literals;
 inline constexpr const char* pageTitle = "Vardel Test Page";
 inline constexpr const char* pageHeading = "Tracked Heading";
 inline constexpr const char* otherPageTitle = "Vardel Other Page";
-
-inline int freePort()
-{
-    int socket = ::socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    ::bind(socket, reinterpret_cast<sockaddr*>(&address), sizeof address);
-    socklen_t length = sizeof address;
-    ::getsockname(socket, reinterpret_cast<sockaddr*>(&address), &length);
-    ::close(socket);
-    return ntohs(address.sin_port);
-}
-
-inline bool acceptsConnections(int port)
-{
-    int socket = ::socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address {};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<uint16_t>(port));
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    bool connected = ::connect(socket, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
-    ::close(socket);
-    return connected;
-}
 
 inline Trace activities(const Trace& trace)
 {

@@ -2,6 +2,7 @@
 // records while each is frontmost.
 
 #include "support/HeadlessWaylandDesktop.h"
+#include "support/LoopbackPorts.h"
 #include "support/TraceFile.h"
 #include "support/WaitUntil.h"
 
@@ -31,33 +32,6 @@ constexpr const char* pageTitle = "Vardel Wayland Page";
 constexpr const char* contractAppId = "vardel-contract-application";
 // A Wayland program with no accessibility tree at all.
 constexpr const char* terminalAppId = "org.freedesktop.weston.wayland-terminal";
-
-int freePort()
-{
-    int socket = ::socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    bool bound = ::bind(socket, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0
-        && ::getsockname(socket, reinterpret_cast<sockaddr*>(&address), &length) == 0;
-    ::close(socket);
-    if (!bound)
-        throw HeadlessDesktopError("cannot find a free port");
-    return ntohs(address.sin_port);
-}
-
-bool acceptsConnections(int port)
-{
-    int socket = ::socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address {};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<uint16_t>(port));
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    bool connected = ::connect(socket, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
-    ::close(socket);
-    return connected;
-}
 
 std::optional<nlohmann::json> lastActivity(const Trace& trace)
 {
